@@ -1,0 +1,20 @@
+#pragma once
+
+#include "platform/date_time.h"
+
+namespace kelb::platform {
+
+class Clock {
+public:
+    virtual ~Clock() = default;
+    virtual DateTime now() const = 0;         ///< local time
+    virtual double steadySeconds() const = 0; ///< never goes back; origin unspecified
+};
+
+class SystemClock final : public Clock {
+public:
+    DateTime now() const override;
+    double steadySeconds() const override;
+};
+
+} // namespace kelb::platform

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "platform/file_system.h"
+
+#include <functional>
+#include <map>
+
+namespace kelb::platform {
+
+/// Files in memory, for tests and for fault injection: `beforeOperation` runs before every read, write, sync,
+/// truncate, remove, rename and open, and may throw to play a failing disk.
+/// Paths are compared without regard to case, with `\` and `/` alike; every parent folder counts as existing.
+class MemoryFileSystem final : public FileSystem {
+public:
+    /// Name of the operation ("read", "write", "sync", "truncate", "remove", "rename", "open") and the path.
+    std::function<void(std::string_view operation, std::u16string_view path)> beforeOperation;
+
+    bool fileExists(std::u16string_view path) override;
+    bool folderExists(std::u16string_view path) override;
+    bool isWritable(std::u16string_view path) override;
+    std::string readFile(std::u16string_view path) override;
+    std::string readFront(std::u16string_view path, std::size_t limit) override;
+    void writeFile(std::u16string_view path, std::string_view bytes) override;
+    void replaceFile(std::u16string_view path, std::string_view bytes) override;
+    void appendFile(std::u16string_view path, std::string_view bytes) override;
+    void removeFile(std::u16string_view path) override;
+    void renameFile(std::u16string_view from, std::u16string_view to) override;
+    void makeFolders(std::u16string_view path) override;
+    std::vector<std::u16string> listFiles(std::u16string_view folder) override;
+    std::unique_ptr<RandomAccessFile> open(std::u16string_view path, OpenMode mode) override;
+    void syncFolder(std::u16string_view folder) override;
+    std::u16string nativePath(std::u16string_view path) override;
+
+    /// Bytes of every file as a power cut would leave them: writes that no sync followed may be lost. `keepUnsynced`
+    /// tells for the nth unsynced write whether it reached the disk.
+    std::map<std::u16string, std::string> afterPowerCut(const std::function<bool(std::size_t)>& keepUnsynced) const;
+
+    struct File; ///< one file's bytes, locks and unsynced writes (memory_file_system.cpp)
+
+private:
+    std::map<std::u16string, std::shared_ptr<File>> files_;
+};
+
+/// Sees a base file system with changes laid over it that never reach it: what a dry run wrote is read back, what
+/// it removed is gone. Reading goes through. Keeps written bytes in memory.
+[[nodiscard]] std::unique_ptr<FileSystem> makeDryRunFileSystem(FileSystem& base);
+
+} // namespace kelb::platform
