@@ -1,0 +1,138 @@
+#pragma once
+
+#include "jet/error.h"
+#include "jet/types.h"
+
+#include "platform/clock.h"
+#include "platform/file_system.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <utility>
+
+namespace kelb::jet {
+
+class Pager;
+struct Frame; ///< one cached page (pager.cpp)
+
+/// A pinned page for reading. The bytes stay where they are while any PageRef or PageEdit of the page lives; they show
+/// changes made through a PageEdit.
+class PageRef {
+public:
+    PageRef() = default;
+    PageRef(const PageRef& other) noexcept;
+    PageRef(PageRef&& other) noexcept : frame_(std::exchange(other.frame_, nullptr)) {}
+    PageRef& operator=(PageRef other) noexcept {
+        std::swap(frame_, other.frame_);
+        return *this;
+    }
+    ~PageRef();
+
+    explicit operator bool() const noexcept { return frame_ != nullptr; }
+    PageNumber number() const noexcept;
+    std::span<const std::byte> bytes() const noexcept;
+    const std::byte* data() const noexcept { return bytes().data(); }
+
+protected:
+    friend class Pager;
+    explicit PageRef(Frame* frame) noexcept; ///< pins
+    Frame* frame_ = nullptr;
+};
+
+/// A pinned page that may be changed within the operation under way.
+class PageEdit : public PageRef {
+public:
+    PageEdit() = default;
+    std::span<std::byte> bytes() const noexcept;
+    std::byte* data() const noexcept { return bytes().data(); }
+
+private:
+    friend class Pager;
+    explicit PageEdit(Frame* frame) noexcept : PageRef(frame) {}
+};
+
+/// The file as numbered pages with a bounded cache; holds changes back until they are committed through the rollback
+/// journal (jet/journal.h). Knows nothing of what a page holds. One thread.
+///
+/// An *operation* is the unit that happens whole or not at all (one row, one definition change): pages are edited only
+/// inside one; abortOperation puts back every page it touched. A *transaction* is several operations that reach the
+/// file together. Committed changes reach the file whole: journal first, then pages, then the journal is removed.
+class Pager {
+public:
+    enum class Access {
+        Read,
+        Write,
+        Scratch ///< changes are kept in a temporary file and never reach the database (dry run)
+    };
+    struct Options {
+        Access access = Access::Read;
+        std::size_t pageSize = kPageSize;
+        std::size_t cacheBytes = std::size_t{32} << 20;    ///< clean pages kept
+        std::size_t maxDirtyBytes = std::size_t{48} << 20; ///< more than this is committed early (outside transactions)
+        double commitSeconds = 0.5;                        ///< age of the oldest change at which it is committed
+    };
+
+    /// Takes over an open file. A whole journal beside it has been played back, or is laid over the file when it is
+    /// not open for writing. Throws CorruptFile, FileError.
+    Pager(platform::FileSystem& files, const platform::Clock& clock, std::u16string path,
+          std::unique_ptr<platform::RandomAccessFile> file, Options options);
+    ~Pager(); ///< drops what was not committed
+    Pager(const Pager&) = delete;
+    Pager& operator=(const Pager&) = delete;
+
+    const std::u16string& path() const noexcept { return path_; }
+    std::size_t pageSize() const noexcept { return options_.pageSize; }
+    Access access() const noexcept { return options_.access; }
+    std::uint32_t pageCount() const noexcept; ///< pages appended but not committed included
+
+    /// Throws CorruptFile when `number` is past the end, FileError when the read fails.
+    PageRef read(PageNumber number);
+    /// Requires an operation under way. Throws as read().
+    PageEdit edit(PageNumber number);
+    /// Overwrites a page whose old content does not matter: as edit(), all zero.
+    PageEdit editZeroed(PageNumber number);
+    /// Adds a zeroed page at the end. Requires an operation. Throws Error (FileFull) at kMaxPages.
+    PageEdit append();
+
+    /// RAII for one operation: nests (an inner one joins the outer one); left without done() it is aborted.
+    class Operation {
+    public:
+        explicit Operation(Pager& pager);
+        ~Operation();
+        Operation(const Operation&) = delete;
+        Operation& operator=(const Operation&) = delete;
+        void done(); ///< keeps the changes; commits when due and no transaction is open. Throws FileError then.
+
+    private:
+        Pager& pager_;
+        bool done_ = false;
+    };
+
+    void beginTransaction();    ///< nests
+    void commitTransaction();   ///< the outermost one commits
+    void rollbackTransaction(); ///< the outermost one drops every change since its begin
+
+    /// Brings every change to the file (Scratch: to the temporary file). After a throw the file is as before or is
+    /// mended by the journal at the next open; this pager then refuses further use.
+    void commit();
+    /// commit() when the oldest change is older than Options::commitSeconds and no transaction is open.
+    void commitIfDue();
+    bool hasChanges() const noexcept;
+
+    /// Grows whenever pages went back to an earlier state (abort, rollback): what was remembered of them is void.
+    std::uint64_t epoch() const noexcept;
+
+    /// CorruptFile with this file's path.
+    [[noreturn]] void corrupt(PageNumber page, std::size_t offset, const std::string& expected) const;
+
+private:
+    struct State;
+    std::u16string path_;
+    Options options_;
+    std::unique_ptr<State> state_;
+};
+
+} // namespace kelb::jet
