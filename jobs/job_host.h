@@ -1,0 +1,28 @@
+#pragma once
+
+#include "platform/ui_pump.h"
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace kelb::jobs {
+
+/// Where page files lie, as the host's switch and field stand now.
+struct PageLocation {
+    bool lanMode = false;     ///< `Check1`: pages are files below the folder; otherwise there are none
+    std::u16string lanFolder; ///< `Text1`
+};
+
+/// What a running job may ask of whoever runs it: the main window, the command line, a test.
+class JobHost : public platform::UiPump {
+public:
+    virtual bool stopRequested() = 0;                ///< asked between rows, never inside one
+    virtual void log(std::u16string_view entry) = 0; ///< one entry; which end is up is the host's affair
+    /// The progress line of the window (`Label1`). done and total are counts of rows.
+    virtual void showProgress(std::u16string_view text, std::size_t done, std::size_t total) = 0;
+    virtual void message(std::u16string_view title, std::u16string_view text) = 0; ///< may wait for the user
+    virtual PageLocation pages() = 0;                                              ///< LAN switch and folder
+};
+
+} // namespace kelb::jobs
