@@ -25,7 +25,7 @@ struct Column {
     std::u16string name;
     ColumnType type = ColumnType::Text;
     std::uint16_t number = 0;      ///< position of the null bit; never reused
-    std::uint16_t varIndex = 0;    ///< variable columns
+    std::uint16_t varIndex = 0;    ///< variable columns; fixed ones: variable columns before it, a number nobody needs
     std::uint16_t position = 0;    ///< display position
     std::uint16_t fixedOffset = 0; ///< fixed columns
     std::uint16_t length = 0;      ///< bytes; text: 2 × characters; memo and OLE: 0
@@ -54,6 +54,7 @@ struct PhysicalIndex {
     PageNumber root = kNoPage;
     std::uint8_t flags = 0x80;
     std::uint32_t distinctKeys = 0;
+    std::uint32_t entriesAtCompaction = 0; ///< a statistic of other writers, carried along
 
     bool unique() const noexcept { return (flags & 0x01) != 0; }
     bool ignoresNulls() const noexcept { return (flags & 0x02) != 0; }
@@ -81,6 +82,8 @@ struct ColumnMaps {
 struct TableDefinition {
     std::u16string name; ///< from the catalog
     PageNumber page = kNoPage;
+    Dialect dialect = Dialect::Jet4;
+    std::uint16_t codePage = 1252; ///< Jet 3: of texts and names
     std::uint8_t tableType = 0x4E; ///< 0x4E user, 0x53 system
     std::uint16_t maxColumns = 0;  ///< highest number of columns ever
     std::uint16_t varColumns = 0;  ///< variable columns ever
@@ -95,22 +98,35 @@ struct TableDefinition {
     const Column* columnByNumber(std::uint16_t number) const noexcept;
     /// Indexes into `columns` by display position, ties by block order: what "select *" shows.
     std::vector<std::size_t> displayOrder() const;
-    std::size_t fixedBytes() const noexcept; ///< max(offset + length) over fixed columns
+    std::size_t fixedBytes() const noexcept; ///< max(offset + length) over fixed columns, yes/no aside
+    const ColumnMaps* mapsOf(const Column& column) const noexcept;
+
+    /// Adds a column to a new or existing table: gives it number, var index or fixed offset and display position, and
+    /// puts it where the order of the blocks wants it (system tables: position 0, by name). What the caller sets:
+    /// name, type, length, sort order, precision, scale, flags. Throws Error (TooManyFields).
+    Column& addColumn(Column column);
+    /// Adds an index under the next free number, names in order; `index.physical` is the caller's.
+    LogicalIndex& addLogicalIndex(LogicalIndex index);
 };
+
+/// Bytes a value of the type takes; 0 for those without a fixed size and for yes/no, which lives in the null mask.
+std::size_t fixedSize(ColumnType type) noexcept;
 
 /// Offsets in the first page of fields that row operations keep up to date in place.
 inline constexpr std::size_t kRowCountOffset = 16;
 inline constexpr std::size_t kAutonumberOffset = 20;
-inline constexpr std::size_t kDistinctKeysOffset = 63 + 4; ///< + 12 × physical index; may lie on a further page
+inline constexpr std::size_t kDistinctKeysOffset = 63 + 4; ///< + 12 × physical index
 
-/// Reads the chain that starts at `page`. Throws CorruptFile.
-TableDefinition readTableDefinition(Pager& pager, PageNumber page, Dialect dialect);
+/// Reads the chain that starts at `page`. Throws CorruptFile. Jet 3: the columns only, its indexes are never used;
+/// `codePage` is that of its names.
+TableDefinition readTableDefinition(Pager& pager, PageNumber page, Dialect dialect, std::uint16_t codePage = 1252);
 
-/// Writes the whole definition over its chain, taking or releasing pages at the end; keeps row count, autonumber and
-/// statistics as given. Requires an operation.
+/// Writes the whole definition over its chain, taking or releasing pages at the end; row count, autonumber and
+/// statistics as given, so read it afresh before a change. A first page that is no definition yet starts a new chain.
+/// Requires an operation.
 void writeTableDefinition(Pager& pager, PageAllocator& allocator, const TableDefinition& definition);
 
-/// The byte string itself (length field included), for writing and for tests.
+/// The byte string itself: header of the first page (free field and next page 0) and length field included.
 std::vector<std::byte> buildTableDefinition(const TableDefinition& definition);
 
 } // namespace kelb::jet
