@@ -16,7 +16,7 @@ namespace kelb::ado {
 /// drop them. A field is named without regard to case. Every call on a closed set throws Error (NoCurrentRow).
 class Recordset {
 public:
-    Recordset() = default;
+    Recordset();
     ~Recordset();
     Recordset(Recordset&&) noexcept;
     Recordset& operator=(Recordset&&) noexcept;
@@ -58,6 +58,8 @@ public:
     void set(std::size_t field, Value value);
     void set(std::u16string_view name, Value value) { set(fieldIndex(name), std::move(value)); }
     void set(std::u16string_view name, std::u16string_view text) { set(fieldIndex(name), Value(std::u16string(text))); }
+    void set(std::u16string_view name, std::u16string text) { set(fieldIndex(name), Value(std::move(text))); }
+    void set(std::u16string_view name, const char16_t* text) { set(fieldIndex(name), Value(std::u16string(text))); }
 
     /// Used by Connection::OpenSchema and by tests.
     void attach(std::unique_ptr<RowSet> rows, bool updatable);

@@ -1,0 +1,32 @@
+# Sourced by the scripts: installs Debian packages that are missing, as root or with sudo.
+
+kelb_build_packages=(g++ cmake ninja-build libcli11-dev nlohmann-json3-dev)
+kelb_test_packages=(libgtest-dev libgmock-dev libicu-dev mdbtools nodejs npm)
+kelb_check_packages=(clang-format clang-tidy)
+kelb_bench_packages=(libbenchmark-dev libicu-dev mdbtools)
+
+# kelb_install PACKAGE…: asks the network only when something is missing.
+kelb_install() {
+    local missing=() package
+    for package in "$@"; do
+        case $package in
+            # A newer one from elsewhere serves as well.
+            nodejs) command -v node >/dev/null && continue ;;
+            npm) command -v npm >/dev/null && continue ;;
+        esac
+        dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'ok installed' || missing+=("$package")
+    done
+    [ ${#missing[@]} -eq 0 ] && return 0
+    local sudo=()
+    if [ "$(id -u)" -ne 0 ]; then
+        command -v sudo >/dev/null || {
+            echo "These packages are missing: ${missing[*]}" >&2
+            echo "Install them as root (apt-get install --no-install-recommends …) and run this again." >&2
+            return 1
+        }
+        sudo=(sudo)
+    fi
+    echo "== installing: ${missing[*]}"
+    "${sudo[@]}" env DEBIAN_FRONTEND=noninteractive apt-get update -qq
+    "${sudo[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+}
