@@ -55,7 +55,8 @@ public:
     virtual void replaceFile(std::u16string_view path, std::string_view bytes) = 0;
     virtual void appendFile(std::u16string_view path, std::string_view bytes) = 0; ///< creates when missing
     virtual void removeFile(std::u16string_view path) = 0;
-    virtual void renameFile(std::u16string_view from, std::u16string_view to) = 0; ///< replaces `to`; across devices copies
+    virtual void renameFile(std::u16string_view from,
+                            std::u16string_view to) = 0; ///< replaces `to`; across devices copies
     virtual void makeFolders(std::u16string_view path) = 0;
     /// Names (not paths) of the regular files of a folder, in the order of their names without regard to case.
     virtual std::vector<std::u16string> listFiles(std::u16string_view folder) = 0;

@@ -17,7 +17,8 @@ namespace kelb::platform {
 [[nodiscard]] int compareNoCase(std::u16string_view a, std::u16string_view b) noexcept;
 /// First position >= `from` where `wanted` stands without regard to case, else npos. An empty `wanted` is found at
 /// `from` while `from` <= text.size().
-[[nodiscard]] std::size_t findNoCase(std::u16string_view text, std::u16string_view wanted, std::size_t from = 0) noexcept;
+[[nodiscard]] std::size_t findNoCase(std::u16string_view text, std::u16string_view wanted,
+                                     std::size_t from = 0) noexcept;
 
 /// Hash and equality for maps whose keys (table and column names, urls) differ only in case.
 struct NoCaseHash {

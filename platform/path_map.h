@@ -29,7 +29,7 @@ struct PathMap {
 [[nodiscard]] std::u16string joinPath(std::u16string_view folder, std::u16string_view name);
 /// The last component, after `/` or `\`.
 [[nodiscard]] std::u16string_view fileName(std::u16string_view path) noexcept;
-/// Everything before the last component, without the separator ("" when there is none).
+/// Everything before the last component, without the separator ("" when there is none; the root keeps its own).
 [[nodiscard]] std::u16string_view parentFolder(std::u16string_view path) noexcept;
 
 } // namespace kelb::platform
