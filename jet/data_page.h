@@ -52,28 +52,37 @@ private:
     std::size_t slotArray_ = 14;
 };
 
-/// Changing a Jet 4 data page in place. Slot numbers never change. Each call leaves a valid page.
+/// Changing a Jet 4 data page in place. Slot numbers never change. Each call leaves a valid page whose gap is zero.
 class DataPageEditor {
 public:
-    explicit DataPageEditor(PageEdit page) : page_(std::move(page)) {}
-    /// An empty data page.
+    /// Throws as DataPageView.
+    DataPageEditor(const Pager& pager, PageEdit page);
+    /// Makes an empty data page of a zeroed page.
     static void format(PageEdit& page, std::uint32_t owner);
 
     /// Room for a row of `length` with a new slot.
     bool hasRoom(std::size_t length) const noexcept;
-    /// Adds a slot at the end. Requires hasRoom(row.size()).
+    /// Adds a slot at the end. Requires hasRoom(row.size()). `row` must not lie on this page.
     std::uint8_t add(SlotKind kind, std::span<const std::byte> row);
-    /// Gives a slot other bytes; rows below move. False, and nothing changed, when the page has no room.
-    bool replace(std::uint8_t slot, SlotKind kind, std::span<const std::byte> row);
+    /// Gives a slot other bytes, not from this page; rows below move. False, and nothing changed, when the page has no
+    /// room.
+    [[nodiscard]] bool replace(std::uint8_t slot, SlotKind kind, std::span<const std::byte> row);
     /// The slot stays, deleted and of zero length; its bytes go back to the gap.
     void erase(std::uint8_t slot);
     bool allDeleted() const noexcept;
     std::size_t freeBytes() const noexcept;
     std::size_t slotCount() const noexcept;
-    std::byte* rowData(std::uint8_t slot) noexcept; ///< for changing bytes of a row in place
+    SlotKind kind(std::uint8_t slot) const noexcept;
+    std::span<std::byte> row(std::uint8_t slot) noexcept; ///< for changing bytes of a row in place
+    std::byte* rowData(std::uint8_t slot) noexcept { return row(slot).data(); }
     void setChainStamp(std::uint32_t stamp) noexcept;
 
 private:
+    std::size_t start(std::size_t slot) const noexcept;
+    void setSlot(std::size_t slot, SlotKind kind, std::size_t start) noexcept;
+    void resize(std::uint8_t slot, SlotKind kind, std::size_t length) noexcept;
+    void storeFreeBytes() noexcept;
+
     PageEdit page_;
 };
 
