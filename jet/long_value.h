@@ -39,6 +39,8 @@ struct LongValueHeader {
 /// Appends the stored bytes of the value whose field (header, and data when inline) is given to `out`.
 /// Throws CorruptFile for pointers that lead nowhere, chains that repeat or end early.
 void readLongValue(Pager& pager, std::span<const std::byte> field, std::vector<std::byte>& out);
+/// The same into memory of exactly LongValueHeader::length bytes, for readers that have a place of their own.
+void readLongValue(Pager& pager, std::span<const std::byte> field, std::span<std::byte> out);
 
 /// Stores a value outside the row and gives back its header. Requires an operation and 0 < bytes.size().
 std::array<std::byte, kLongValueHeader> writeLongValue(Pager& pager, PageAllocator& allocator,
