@@ -3,7 +3,7 @@
 kelb_build_packages=(g++ cmake ninja-build libcli11-dev nlohmann-json3-dev)
 kelb_test_packages=(libgtest-dev libgmock-dev libicu-dev mdbtools nodejs npm)
 kelb_check_packages=(clang-format clang-tidy)
-kelb_bench_packages=(libbenchmark-dev libicu-dev mdbtools)
+kelb_bench_packages=(libbenchmark-dev libicu-dev mdbtools time)
 
 # kelb_install PACKAGE…: asks the network only when something is missing.
 kelb_install() {
