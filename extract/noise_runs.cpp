@@ -1,0 +1,109 @@
+#include "extract/noise_runs.h"
+
+#include "platform/like.h"
+#include "platform/text.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <unordered_map>
+#include <vector>
+
+namespace kelb::extract {
+
+namespace {
+
+constexpr std::u16string_view kNoisePattern = u"* ?? ?? ?? *";
+constexpr std::size_t kShortestNoise = 10; ///< the pattern with nothing in place of its stars
+constexpr std::size_t kNever = static_cast<std::size_t>(-1);
+
+struct Run {
+    std::size_t begin, end;
+};
+
+bool isAscii(char16_t unit) {
+    return unit >= 1 && unit <= 126;
+}
+
+std::vector<Run> findNoise(std::u16string_view text) {
+    std::vector<Run> noise;
+    for (auto at = text.begin(); at != text.end();) {
+        const auto begin = std::find_if(at, text.end(), isAscii);
+        at = std::find_if_not(begin, text.end(), isAscii);
+        const Run run{static_cast<std::size_t>(begin - text.begin()), static_cast<std::size_t>(at - text.begin())};
+        if (run.end - run.begin >= kShortestNoise &&
+            platform::matchesPattern(text.substr(run.begin, run.end - run.begin), kNoisePattern)) {
+            noise.push_back(run);
+        }
+    }
+    return noise;
+}
+
+/// The order in which runs are removed, and a way to ask which of them stands first in a text.
+class RemovalOrder {
+public:
+    RemovalOrder(std::u16string_view text, const std::vector<Run>& runs) {
+        for (const Run& run : runs) {
+            const std::u16string_view removed = text.substr(run.begin, run.end - run.begin);
+            std::vector<std::size_t>& turns = turns_[removed];
+            if (turns.empty()) {
+                byBeginning_[removed.substr(0, kShortestNoise)].push_back(removed);
+                shortest_ = std::min(shortest_, removed.size());
+            }
+            turns.push_back(order_.size());
+            order_.push_back(removed);
+        }
+    }
+
+    /// The first turn, not before `from`, that removes something from `content`; kNever if none does.
+    std::size_t firstTurn(std::u16string_view content, std::size_t from) const {
+        std::size_t first = kNever;
+        for (std::size_t at = 0; at + shortest_ <= content.size(); ++at) {
+            const auto candidates = byBeginning_.find(content.substr(at, kShortestNoise));
+            if (candidates == byBeginning_.end()) {
+                continue;
+            }
+            for (const std::u16string_view removed : candidates->second) {
+                if (content.substr(at).starts_with(removed)) {
+                    const std::vector<std::size_t>& turns = turns_.at(removed);
+                    const auto turn = std::ranges::lower_bound(turns, from);
+                    first = std::min(first, turn == turns.end() ? kNever : *turn);
+                }
+            }
+        }
+        return first;
+    }
+
+    std::u16string_view removedIn(std::size_t turn) const { return order_[turn]; }
+
+private:
+    std::vector<std::u16string_view> order_;
+    std::unordered_map<std::u16string_view, std::vector<std::size_t>> turns_;
+    std::unordered_map<std::u16string_view, std::vector<std::u16string_view>> byBeginning_;
+    std::size_t shortest_ = kNever / 2;
+};
+
+} // namespace
+
+// The removals are not made run by run over the whole text, which would be quadratic. Runs stay apart, because the
+// units between them are never removed; and a run that holds a noise run matches the pattern, too. So only the noise
+// runs themselves can lose anything, each on its own, and each goes through just the turns that touch it.
+std::u16string withoutNoiseRuns(std::u16string_view text) {
+    const std::vector<Run> noise = findNoise(text);
+    const RemovalOrder order(text, noise);
+    std::u16string kept;
+    kept.reserve(text.size());
+    std::size_t from = 0;
+    for (const Run& run : noise) {
+        kept.append(text.substr(from, run.begin - from));
+        std::u16string content(text.substr(run.begin, run.end - run.begin));
+        for (std::size_t turn = order.firstTurn(content, 0); turn != kNever;
+             turn = order.firstTurn(content, turn + 1)) {
+            platform::replaceAllIn(content, order.removedIn(turn), u"");
+        }
+        kept.append(content);
+        from = run.end;
+    }
+    return kept.append(text.substr(from));
+}
+
+} // namespace kelb::extract
