@@ -1,0 +1,15 @@
+# `kelb call` as a library of its own, so that its tests need nothing of the jobs.
+find_package(nlohmann_json REQUIRED)
+kelb_library(kelb_call
+    SOURCES
+        call_arguments.cpp
+        call_command.cpp
+        call_extract_operations.cpp
+        call_objects.cpp
+        call_operations.cpp
+        call_rewrite_operations.cpp
+    LINKS
+        kelb_extract
+        kelb_rewrite
+        kelb_platform
+        nlohmann_json::nlohmann_json)

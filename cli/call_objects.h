@@ -1,0 +1,46 @@
+#pragma once
+
+#include "extract/Cls4Discuz.h"
+#include "extract/article_markers.h"
+#include "extract/user_names.h"
+#include "platform/platform.h"
+#include "rewrite/ClsSmart.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace kelb::cli {
+
+/// The objects behind the operations of `kelb call`; they live from line to line, as in one run of the program.
+class CallObjects {
+public:
+    explicit CallObjects(const platform::Platform& platform) : platform_(platform) {}
+
+    /// Every object anew, as a fresh start would have it.
+    void reset() { state_ = {}; }
+
+    /// Made at first use. Throws platform::FileError while its file is missing; the next use tries again.
+    rewrite::ClsSmart& smart();
+    /// Those that were set, else those of the application folder (none where the file is missing).
+    const extract::UserNames& userNames();
+    extract::Cls4Discuz discuz();
+    platform::Random& random() { return platform_.random; }
+
+    void setUserNames(extract::UserNames names) { state_.userNames = std::move(names); }
+    void setMarkers(extract::ArticleMarkers markers) { state_.markers = std::move(markers); }
+    void setSiteName(std::u16string siteName) { state_.siteName = std::move(siteName); }
+
+private:
+    struct State {
+        std::unique_ptr<rewrite::ClsSmart> smart;
+        std::optional<extract::UserNames> userNames;
+        extract::ArticleMarkers markers;
+        std::u16string siteName;
+    };
+
+    const platform::Platform& platform_;
+    State state_;
+};
+
+} // namespace kelb::cli

@@ -1,0 +1,77 @@
+#include "cli/call_operations.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace kelb::cli {
+
+namespace {
+
+CallAnswer listOperations(CallObjects&, const CallArguments&) {
+    Json list = Json::array();
+    for (const CallOperation& operation : callOperations()) {
+        Json arguments = Json::array();
+        for (const Argument& argument : operation.arguments) {
+            arguments.push_back(argument.name);
+        }
+        list.push_back({{"op", operation.name}, {"args", arguments}, {"out", operation.out}});
+    }
+    return {std::move(list), {}};
+}
+
+std::vector<CallOperation> processOperations() {
+    return {
+        {"reset",
+         {},
+         {},
+         [](CallObjects& objects, const CallArguments&) {
+             objects.reset();
+             return CallAnswer();
+         }},
+        {"list", {}, {}, listOperations},
+        {"setMarkers",
+         {"titleStart", "titleEnd", "contentStart", "contentEnd"},
+         {},
+         [](CallObjects& objects, const CallArguments& given) {
+             objects.setMarkers({given.text(0), given.text(1), given.text(2), given.text(3)});
+             return CallAnswer();
+         }},
+        {"setUserNames",
+         {{"names", ArgumentKind::Texts}},
+         {},
+         [](CallObjects& objects, const CallArguments& given) {
+             objects.setUserNames(extract::UserNames(given.texts(0)));
+             return CallAnswer();
+         }},
+        {"setSiteName",
+         {"siteName"},
+         {},
+         [](CallObjects& objects, const CallArguments& given) {
+             objects.setSiteName(given.text(0));
+             return CallAnswer();
+         }},
+    };
+}
+
+std::vector<CallOperation> allOperations() {
+    std::vector<CallOperation> all = processOperations();
+    for (std::vector<CallOperation> chapter : {rewriteOperations(), extractOperations()}) {
+        std::ranges::move(chapter, std::back_inserter(all));
+    }
+    return all;
+}
+
+} // namespace
+
+const std::vector<CallOperation>& callOperations() {
+    static const std::vector<CallOperation> operations = allOperations();
+    return operations;
+}
+
+const CallOperation* findCallOperation(std::string_view name) {
+    const auto& operations = callOperations();
+    const auto found = std::ranges::find(operations, name, &CallOperation::name);
+    return found == operations.end() ? nullptr : &*found;
+}
+
+} // namespace kelb::cli
