@@ -100,8 +100,8 @@ void DataPageEditor::setSlot(std::size_t slot, SlotKind kind, std::size_t start)
     store16(page_.data() + kSlotArray + 2 * slot, static_cast<std::uint16_t>(flagsOf(kind) | start));
 }
 
-SlotKind DataPageEditor::kind(std::uint8_t slot) const noexcept {
-    return kindOf(load16(page_.data() + kSlotArray + std::size_t{2} * slot));
+SlotKind DataPageEditor::kind(std::size_t slot) const noexcept {
+    return kindOf(load16(page_.data() + kSlotArray + 2 * slot));
 }
 
 std::size_t DataPageEditor::freeBytes() const noexcept {
@@ -155,7 +155,7 @@ void DataPageEditor::resize(std::uint8_t slot, SlotKind kind, std::size_t length
     if (newLowest > lowest)
         std::memset(page_.data() + lowest, 0, newLowest - lowest);
     for (std::size_t i = slot + std::size_t{1}; i < slots; ++i)
-        setSlot(i, this->kind(static_cast<std::uint8_t>(i)), start(i) + newStart - oldStart);
+        setSlot(i, this->kind(i), start(i) + newStart - oldStart);
     setSlot(slot, kind, newStart);
     storeFreeBytes();
 }
@@ -163,7 +163,7 @@ void DataPageEditor::resize(std::uint8_t slot, SlotKind kind, std::size_t length
 bool DataPageEditor::allDeleted() const noexcept {
     const std::size_t slots = slotCount();
     for (std::size_t i = 0; i < slots; ++i)
-        if (kind(static_cast<std::uint8_t>(i)) != SlotKind::Deleted)
+        if (kind(i) != SlotKind::Deleted)
             return false;
     return true;
 }

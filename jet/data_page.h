@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <span>
 
 namespace kelb::jet {
@@ -69,10 +68,11 @@ public:
     [[nodiscard]] bool replace(std::uint8_t slot, SlotKind kind, std::span<const std::byte> row);
     /// The slot stays, deleted and of zero length; its bytes go back to the gap.
     void erase(std::uint8_t slot);
+    PageNumber number() const noexcept { return page_.number(); }
     bool allDeleted() const noexcept;
     std::size_t freeBytes() const noexcept;
     std::size_t slotCount() const noexcept;
-    SlotKind kind(std::uint8_t slot) const noexcept;
+    SlotKind kind(std::size_t slot) const noexcept;
     std::span<std::byte> row(std::uint8_t slot) noexcept; ///< for changing bytes of a row in place
     std::byte* rowData(std::uint8_t slot) noexcept { return row(slot).data(); }
     void setChainStamp(std::uint32_t stamp) noexcept;
