@@ -4,12 +4,14 @@
 
 #include <functional>
 #include <map>
+#include <set>
 
 namespace kelb::platform {
 
 /// Files in memory, for tests and for fault injection: `beforeOperation` runs before every read, write, sync,
 /// truncate, remove, rename and open, and may throw to play a failing disk.
-/// Paths are compared without regard to case, with `\` and `/` alike; every parent folder counts as existing.
+/// Paths are compared without regard to case, with `\` and `/` alike; every parent folder counts as existing. Open
+/// files are locked as on disk, also within one program; they may not outlive the file system.
 class MemoryFileSystem final : public FileSystem {
 public:
     /// Name of the operation ("read", "write", "sync", "truncate", "remove", "rename", "open") and the path.
@@ -35,10 +37,25 @@ public:
     /// tells for the nth unsynced write whether it reached the disk.
     std::map<std::u16string, std::string> afterPowerCut(const std::function<bool(std::size_t)>& keepUnsynced) const;
 
+    /// Makes a file one that cannot be opened for writing (AccessDenied).
+    void setReadOnly(std::u16string_view path);
+
     struct File; ///< one file's bytes, locks and unsynced writes (memory_file_system.cpp)
 
 private:
-    std::map<std::u16string, std::shared_ptr<File>> files_;
+    class Handle;
+
+    void announce(std::string_view operation, std::u16string_view path) const;
+    std::shared_ptr<File> find(std::u16string_view path) const;
+    File& findOrThrow(std::string_view operation, std::u16string_view path) const;
+    std::shared_ptr<File> create(std::u16string_view path);
+    void write(File& file, std::uint64_t offset, std::string_view bytes);
+    void truncate(File& file, std::uint64_t size);
+
+    std::map<std::u16string, std::shared_ptr<File>> files_; ///< by path in upper case with "/"
+    std::set<std::u16string> folders_;                      ///< those that makeFolders made
+    std::uint64_t changes_ = 0;                             ///< writes and truncations so far, of all files
+    std::uint64_t created_ = 0;
 };
 
 /// Sees a base file system with changes laid over it that never reach it: what a dry run wrote is read back, what

@@ -1,0 +1,301 @@
+#include "platform/memory_file_system.h"
+
+#include "platform/file_failures.h"
+#include "platform/path_key.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace kelb::platform {
+
+namespace {
+
+/// A write, or a truncation to `offset`, that no sync has followed.
+struct Change {
+    std::uint64_t sequence; ///< among the changes of all files
+    bool truncates;
+    std::uint64_t offset;
+    std::string bytes;
+};
+
+void replay(const Change& change, std::string& bytes) {
+    const auto offset = static_cast<std::size_t>(change.offset);
+    if (change.truncates) {
+        bytes.resize(offset);
+        return;
+    }
+    bytes.resize(std::max(bytes.size(), offset + change.bytes.size()));
+    bytes.replace(offset, change.bytes.size(), change.bytes);
+}
+
+std::string_view asText(std::span<const std::byte> bytes) {
+    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
+
+} // namespace
+
+struct MemoryFileSystem::File {
+    std::u16string path; ///< as it was first written
+    std::uint64_t number = 0;
+    std::string bytes;
+    std::string durable; ///< what the last sync left
+    std::vector<Change> unsynced;
+    int readers = 0;
+    bool writer = false;
+    bool readOnly = false;
+
+    void makeDurable() {
+        for (const Change& change : unsynced) {
+            replay(change, durable);
+        }
+        unsynced.clear();
+    }
+};
+
+class MemoryFileSystem::Handle final : public RandomAccessFile {
+public:
+    /// Takes the lock. Throws FileError (Locked).
+    Handle(MemoryFileSystem& owner, std::shared_ptr<File> file, bool writes)
+        : owner_(owner), file_(std::move(file)), writes_(writes) {
+        if (file_->writer || (writes_ && file_->readers > 0)) {
+            throw locked(writes_ ? "open for writing" : "open", file_->path);
+        }
+        file_->writer = writes_;
+        file_->readers += writes_ ? 0 : 1;
+    }
+    ~Handle() override {
+        if (writes_) {
+            file_->writer = false;
+        } else {
+            --file_->readers;
+        }
+    }
+    Handle(const Handle&) = delete;
+    Handle& operator=(const Handle&) = delete;
+
+    std::uint64_t size() const override { return file_->bytes.size(); }
+
+    std::size_t readAt(std::uint64_t offset, std::span<std::byte> buffer) const override {
+        owner_.announce("read", file_->path);
+        if (offset >= file_->bytes.size()) {
+            return 0;
+        }
+        const std::size_t count = std::min(buffer.size(), file_->bytes.size() - static_cast<std::size_t>(offset));
+        if (count != 0) {
+            std::memcpy(buffer.data(), file_->bytes.data() + offset, count);
+        }
+        return count;
+    }
+
+    void writeAt(std::uint64_t offset, std::span<const std::byte> bytes) override {
+        requireWritable("write");
+        owner_.announce("write", file_->path);
+        owner_.write(*file_, offset, asText(bytes));
+    }
+
+    void truncate(std::uint64_t size) override {
+        requireWritable("truncate");
+        owner_.announce("truncate", file_->path);
+        owner_.truncate(*file_, size);
+    }
+
+    void sync() override {
+        owner_.announce("sync", file_->path);
+        file_->makeDurable();
+    }
+
+    std::string identity() const override { return "memory:" + std::to_string(file_->number); }
+
+private:
+    void requireWritable(std::string_view operation) const {
+        if (!writes_) {
+            throw readOnly(operation, file_->path);
+        }
+    }
+
+    MemoryFileSystem& owner_;
+    std::shared_ptr<File> file_;
+    bool writes_;
+};
+
+void MemoryFileSystem::announce(std::string_view operation, std::u16string_view path) const {
+    if (beforeOperation) {
+        beforeOperation(operation, path);
+    }
+}
+
+std::shared_ptr<MemoryFileSystem::File> MemoryFileSystem::find(std::u16string_view path) const {
+    const auto found = files_.find(pathKey(path));
+    return found == files_.end() ? nullptr : found->second;
+}
+
+MemoryFileSystem::File& MemoryFileSystem::findOrThrow(std::string_view operation, std::u16string_view path) const {
+    const auto found = files_.find(pathKey(path));
+    if (found == files_.end()) {
+        throw notFound(operation, path);
+    }
+    return *found->second;
+}
+
+std::shared_ptr<MemoryFileSystem::File> MemoryFileSystem::create(std::u16string_view path) {
+    auto file = std::make_shared<File>();
+    file->path = path;
+    file->number = ++created_;
+    return file;
+}
+
+void MemoryFileSystem::write(File& file, std::uint64_t offset, std::string_view bytes) {
+    replay(file.unsynced.emplace_back(Change{++changes_, false, offset, std::string(bytes)}), file.bytes);
+}
+
+void MemoryFileSystem::truncate(File& file, std::uint64_t size) {
+    replay(file.unsynced.emplace_back(Change{++changes_, true, size, {}}), file.bytes);
+}
+
+bool MemoryFileSystem::fileExists(std::u16string_view path) {
+    return files_.contains(pathKey(path));
+}
+
+bool MemoryFileSystem::folderExists(std::u16string_view path) {
+    const std::u16string front = folderKey(path);
+    const auto below = files_.lower_bound(front);
+    return folders_.contains(front) || (below != files_.end() && below->first.starts_with(front));
+}
+
+bool MemoryFileSystem::isWritable(std::u16string_view path) {
+    const auto file = find(path);
+    return file != nullptr && !file->readOnly;
+}
+
+void MemoryFileSystem::setReadOnly(std::u16string_view path) {
+    findOrThrow("change", path).readOnly = true;
+}
+
+std::string MemoryFileSystem::readFile(std::u16string_view path) {
+    return readFront(path, std::string::npos);
+}
+
+std::string MemoryFileSystem::readFront(std::u16string_view path, std::size_t limit) {
+    announce("read", path);
+    return findOrThrow("read", path).bytes.substr(0, limit);
+}
+
+void MemoryFileSystem::writeFile(std::u16string_view path, std::string_view bytes) {
+    announce("write", path);
+    auto& file = files_[pathKey(path)];
+    if (file == nullptr) {
+        file = create(path);
+    } else if (file->readOnly) {
+        throw readOnly("write", path);
+    } else {
+        truncate(*file, 0);
+    }
+    write(*file, 0, bytes);
+}
+
+void MemoryFileSystem::replaceFile(std::u16string_view path, std::string_view bytes) {
+    announce("write", path);
+    announce("rename", path);
+    auto file = create(path);
+    write(*file, 0, bytes);
+    file->makeDurable();
+    files_[pathKey(path)] = std::move(file);
+}
+
+void MemoryFileSystem::appendFile(std::u16string_view path, std::string_view bytes) {
+    announce("write", path);
+    auto& file = files_[pathKey(path)];
+    if (file == nullptr) {
+        file = create(path);
+    } else if (file->readOnly) {
+        throw readOnly("write", path);
+    }
+    write(*file, file->bytes.size(), bytes);
+}
+
+void MemoryFileSystem::removeFile(std::u16string_view path) {
+    announce("remove", path);
+    if (files_.erase(pathKey(path)) == 0) {
+        throw notFound("remove", path);
+    }
+}
+
+void MemoryFileSystem::renameFile(std::u16string_view from, std::u16string_view to) {
+    announce("rename", from);
+    auto moved = files_.extract(pathKey(from));
+    if (moved.empty()) {
+        throw notFound("rename", from);
+    }
+    moved.mapped()->path = to;
+    files_.insert_or_assign(pathKey(to), std::move(moved.mapped()));
+}
+
+void MemoryFileSystem::makeFolders(std::u16string_view path) {
+    const std::u16string front = folderKey(path);
+    for (std::size_t end = front.find(u'/'); end != front.npos; end = front.find(u'/', end + 1)) {
+        folders_.insert(front.substr(0, end + 1));
+    }
+}
+
+std::vector<std::u16string> MemoryFileSystem::listFiles(std::u16string_view folder) {
+    if (!folderExists(folder)) {
+        throw notFound("list", folder);
+    }
+    const std::u16string front = folderKey(folder);
+    std::vector<std::u16string> names; // in the order of the keys, which are in upper case
+    for (auto at = files_.lower_bound(front); at != files_.end() && at->first.starts_with(front); ++at) {
+        if (at->first.find(u'/', front.size()) == std::u16string::npos) {
+            names.emplace_back(fileName(at->second->path));
+        }
+    }
+    return names;
+}
+
+std::unique_ptr<RandomAccessFile> MemoryFileSystem::open(std::u16string_view path, OpenMode mode) {
+    announce("open", path);
+    if (mode == OpenMode::CreateTemp) {
+        return std::make_unique<Handle>(*this, create(u"(temporary file)"), true);
+    }
+    std::shared_ptr<File> file = find(path);
+    if (mode == OpenMode::CreateNew) {
+        if (file != nullptr) {
+            throw alreadyThere("create", path);
+        }
+        file = files_[pathKey(path)] = create(path);
+    } else if (file == nullptr) {
+        throw notFound("open", path);
+    } else if (mode == OpenMode::ReadWrite && file->readOnly) {
+        throw readOnly("open for writing", path);
+    }
+    return std::make_unique<Handle>(*this, std::move(file), mode != OpenMode::Read);
+}
+
+void MemoryFileSystem::syncFolder(std::u16string_view folder) {
+    announce("sync", folder);
+}
+
+std::u16string MemoryFileSystem::nativePath(std::u16string_view path) {
+    return std::u16string(path);
+}
+
+std::map<std::u16string, std::string>
+MemoryFileSystem::afterPowerCut(const std::function<bool(std::size_t)>& keepUnsynced) const {
+    std::map<std::u16string, std::string> left;
+    std::vector<std::pair<const Change*, std::string*>> pending;
+    for (const auto& [key, file] : files_) {
+        std::string& bytes = left[file->path] = file->durable;
+        for (const Change& change : file->unsynced) {
+            pending.emplace_back(&change, &bytes);
+        }
+    }
+    std::sort(pending.begin(), pending.end(),
+              [](const auto& a, const auto& b) { return a.first->sequence < b.first->sequence; });
+    for (std::size_t i = 0; i < pending.size(); ++i) {
+        if (keepUnsynced(i)) {
+            replay(*pending[i].first, *pending[i].second);
+        }
+    }
+    return left;
+}
+
+} // namespace kelb::platform
