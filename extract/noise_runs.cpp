@@ -44,12 +44,12 @@ public:
     RemovalOrder(std::u16string_view text, const std::vector<Run>& runs) {
         for (const Run& run : runs) {
             const std::u16string_view removed = text.substr(run.begin, run.end - run.begin);
-            std::vector<std::size_t>& turns = turns_[removed];
-            if (turns.empty()) {
-                byBeginning_[removed.substr(0, kShortestNoise)].push_back(removed);
-                shortest_ = std::min(shortest_, removed.size());
+            std::vector<std::size_t>& lengths = lengths_[removed.substr(0, kShortestNoise)];
+            if (std::ranges::find(lengths, removed.size()) == lengths.end()) {
+                lengths.push_back(removed.size());
             }
-            turns.push_back(order_.size());
+            shortest_ = std::min(shortest_, removed.size());
+            turns_[removed].push_back(order_.size());
             order_.push_back(removed);
         }
     }
@@ -58,15 +58,14 @@ public:
     std::size_t firstTurn(std::u16string_view content, std::size_t from) const {
         std::size_t first = kNever;
         for (std::size_t at = 0; at + shortest_ <= content.size(); ++at) {
-            const auto candidates = byBeginning_.find(content.substr(at, kShortestNoise));
-            if (candidates == byBeginning_.end()) {
+            const auto lengths = lengths_.find(content.substr(at, kShortestNoise));
+            if (lengths == lengths_.end()) {
                 continue;
             }
-            for (const std::u16string_view removed : candidates->second) {
-                if (content.substr(at).starts_with(removed)) {
-                    const std::vector<std::size_t>& turns = turns_.at(removed);
-                    const auto turn = std::ranges::lower_bound(turns, from);
-                    first = std::min(first, turn == turns.end() ? kNever : *turn);
+            for (const std::size_t length : lengths->second) {
+                if (const auto turns = turns_.find(content.substr(at, length)); turns != turns_.end()) {
+                    const auto turn = std::ranges::lower_bound(turns->second, from);
+                    first = std::min(first, turn == turns->second.end() ? kNever : *turn);
                 }
             }
         }
@@ -77,8 +76,8 @@ public:
 
 private:
     std::vector<std::u16string_view> order_;
-    std::unordered_map<std::u16string_view, std::vector<std::size_t>> turns_;
-    std::unordered_map<std::u16string_view, std::vector<std::u16string_view>> byBeginning_;
+    std::unordered_map<std::u16string_view, std::vector<std::size_t>> turns_;   ///< of each run, ascending
+    std::unordered_map<std::u16string_view, std::vector<std::size_t>> lengths_; ///< of runs, by their beginning
     std::size_t shortest_ = kNever / 2;
 };
 
