@@ -2,6 +2,7 @@
 #include "platform/letter_case.h"
 #include "platform/memory_file_system.h"
 #include "platform/path_key.h"
+#include "platform/utf8.h"
 
 #include <algorithm>
 #include <array>
@@ -187,6 +188,9 @@ public:
     std::unique_ptr<RandomAccessFile> open(std::u16string_view path, OpenMode mode) override;
     void syncFolder(std::u16string_view) override {}
     std::u16string nativePath(std::u16string_view path) override { return base_.nativePath(path); }
+    std::string identityOf(std::u16string_view path) override {
+        return base_.fileExists(path) ? base_.identityOf(path) : "dry run:" + toUtf8(keyOf(path));
+    }
 
 private:
     using FilePtr = std::shared_ptr<LayeredFile>;

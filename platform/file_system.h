@@ -65,6 +65,9 @@ public:
     virtual void syncFolder(std::u16string_view folder) = 0;
     /// The path on this machine, for messages and for programs that are started. Throws as translatePath.
     virtual std::u16string nativePath(std::u16string_view path) = 0;
+    /// Equal for all paths of one existing file, whatever their case, links and drive letters, and only for those. The
+    /// file systems here ask without opening the file, so that one with an exclusive lock can be told as well.
+    virtual std::string identityOf(std::u16string_view path) { return open(path, OpenMode::Read)->identity(); }
 };
 
 /// The operating system's files. A component that is not there as written is looked for without regard to case.

@@ -44,6 +44,7 @@ struct MemoryFileSystem::File {
     bool writer = false;
     bool readOnly = false;
 
+    std::string identity() const { return "memory:" + std::to_string(number); }
     void makeDurable() {
         for (const Change& change : unsynced) {
             replay(change, durable);
@@ -104,7 +105,7 @@ public:
         file_->makeDurable();
     }
 
-    std::string identity() const override { return "memory:" + std::to_string(file_->number); }
+    std::string identity() const override { return file_->identity(); }
 
 private:
     void requireWritable(std::string_view operation) const {
@@ -276,6 +277,10 @@ void MemoryFileSystem::syncFolder(std::u16string_view folder) {
 
 std::u16string MemoryFileSystem::nativePath(std::u16string_view path) {
     return std::u16string(path);
+}
+
+std::string MemoryFileSystem::identityOf(std::u16string_view path) {
+    return findOrThrow("identify", path).identity();
 }
 
 std::map<std::u16string, std::string>

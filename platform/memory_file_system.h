@@ -32,6 +32,7 @@ public:
     std::unique_ptr<RandomAccessFile> open(std::u16string_view path, OpenMode mode) override;
     void syncFolder(std::u16string_view folder) override;
     std::u16string nativePath(std::u16string_view path) override;
+    std::string identityOf(std::u16string_view path) override;
 
     /// Bytes of every file as a power cut would leave them: writes that no sync followed may be lost. `keepUnsynced`
     /// tells for the nth unsynced write whether it reached the disk.

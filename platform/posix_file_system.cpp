@@ -46,6 +46,7 @@ public:
     std::unique_ptr<RandomAccessFile> open(std::u16string_view path, OpenMode mode) override;
     void syncFolder(std::u16string_view folder) override;
     std::u16string nativePath(std::u16string_view path) override;
+    std::string identityOf(std::u16string_view path) override;
 
 private:
     std::optional<Place> tryPlace(std::u16string_view path);
@@ -169,6 +170,14 @@ std::optional<struct ::stat> PosixFileSystem::status(std::u16string_view path) {
 bool PosixFileSystem::fileExists(std::u16string_view path) {
     const auto found = status(path);
     return found && S_ISREG(found->st_mode);
+}
+
+std::string PosixFileSystem::identityOf(std::u16string_view path) {
+    const auto found = status(path);
+    if (!found) {
+        throw notFound("identify", path);
+    }
+    return std::to_string(found->st_dev) + ":" + std::to_string(found->st_ino);
 }
 
 bool PosixFileSystem::folderExists(std::u16string_view path) {
