@@ -21,7 +21,7 @@ std::optional<std::size_t> findBit(std::span<const std::byte> bits, std::size_t 
     std::size_t at = from / 8;
     if (at >= bits.size())
         return std::nullopt;
-    if (const unsigned rest = load8(&bits[at]) >> from % 8; rest != 0)
+    if (const unsigned rest = unsigned{load8(&bits[at])} >> from % 8; rest != 0)
         return from + static_cast<std::size_t>(std::countr_zero(rest));
     for (++at; at < bits.size() && at % 8 != 0; ++at)
         if (bits[at] != std::byte{0})

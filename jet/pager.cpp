@@ -30,6 +30,38 @@ struct Undo {
     bool changedBefore;
 };
 
+/// Frames in a circle, in the order in which the eviction hand comes to them.
+class Ring {
+public:
+    std::size_t size() const noexcept { return size_; }
+    bool empty() const noexcept { return size_ == 0; }
+    Frame* hand() const noexcept { return hand_; }
+    void advance() noexcept { hand_ = hand_->following; }
+    /// Behind the hand: the hand comes to it last.
+    void insert(Frame* frame) noexcept {
+        if (hand_ == nullptr) {
+            frame->previous = frame->following = hand_ = frame;
+        } else {
+            frame->following = hand_;
+            frame->previous = hand_->previous;
+            hand_->previous->following = frame;
+            hand_->previous = frame;
+        }
+        ++size_;
+    }
+    void remove(Frame* frame) noexcept {
+        frame->previous->following = frame->following;
+        frame->following->previous = frame->previous;
+        if (frame == hand_)
+            hand_ = frame->following == frame ? nullptr : frame->following;
+        --size_;
+    }
+
+private:
+    Frame* hand_ = nullptr;
+    std::size_t size_ = 0;
+};
+
 /// An operation under way.
 struct Level {
     std::size_t undoBegin;
@@ -46,10 +78,9 @@ struct Pager::State {
 
     std::vector<Frame*> table; ///< by page number; its size is the page count
     std::deque<Frame> frames;
-    std::vector<Frame*> clean, changed; ///< each cached page is in one of them at Frame::place
-    std::vector<Frame*> spare;          ///< frames without a page
-    std::vector<Frame*> detached;       ///< of pages that went away while somebody held a PageRef
-    std::size_t hand = 0;               ///< eviction: next place of `clean` to look at
+    Ring clean, changed;          ///< each cached page is in one of them
+    std::vector<Frame*> spare;    ///< frames without a page
+    std::vector<Frame*> detached; ///< of pages that went away while somebody held a PageRef
     std::uint32_t forwardFrom = 0, readAhead = 1;
     std::vector<std::byte> runBuffer;
 
@@ -67,9 +98,7 @@ struct Pager::State {
           readAheadLimit(static_cast<std::uint32_t>(std::min(kReadAheadBytes / pageSize, cleanLimit / 4))),
           table(store.pageCount(), nullptr), runBuffer(readAheadLimit * pageSize) {}
 
-    // Lists
-    void push(std::vector<Frame*>& list, Frame* frame);
-    void take(std::vector<Frame*>& list, Frame* frame);
+    // Cache
     void setChanged(Frame* frame, bool value);
     Frame* freshFrame();
     Frame* evict();
@@ -86,25 +115,11 @@ struct Pager::State {
     void dropChanges();
 };
 
-// The cache: every cached page is in `table` and in one of the lists `clean` and `changed`.
-
-void Pager::State::push(std::vector<Frame*>& list, Frame* frame) {
-    frame->place = static_cast<std::uint32_t>(list.size());
-    list.push_back(frame);
-}
-
-void Pager::State::take(std::vector<Frame*>& list, Frame* frame) {
-    Frame* last = list.back();
-    list[frame->place] = last;
-    last->place = frame->place;
-    list.pop_back();
-}
-
 void Pager::State::setChanged(Frame* frame, bool value) {
     if (frame->changed == value)
         return;
-    take(value ? clean : changed, frame);
-    push(value ? changed : clean, frame);
+    (value ? clean : changed).remove(frame);
+    (value ? changed : clean).insert(frame);
     frame->changed = value;
 }
 
@@ -131,22 +146,20 @@ Frame* Pager::State::freshFrame() {
 /// Second chance: pages used since the hand passed last stay. Nothing when all are pinned.
 Frame* Pager::State::evict() {
     for (std::size_t looks = 2 * clean.size(); looks > 0; --looks) {
-        if (hand >= clean.size())
-            hand = 0;
-        Frame* frame = clean[hand];
+        Frame* frame = clean.hand();
         if (frame->pins == 0 && !frame->used) {
-            take(clean, frame);
+            clean.remove(frame);
             table[raw(frame->number)] = nullptr;
             return frame;
         }
         frame->used = false;
-        ++hand;
+        clean.advance();
     }
     return nullptr;
 }
 
 void Pager::State::drop(Frame* frame) {
-    take(frame->changed ? changed : clean, frame);
+    (frame->changed ? changed : clean).remove(frame);
     if (raw(frame->number) < table.size())
         table[raw(frame->number)] = nullptr;
     frame->changed = false;
@@ -230,7 +243,7 @@ void Pager::State::finishLevel() {
 /// Everything back to what the store has.
 void Pager::State::dropChanges() {
     while (!changed.empty())
-        drop(changed.back());
+        drop(changed.hand());
     table.resize(store.pageCount());
     ++epoch;
 }
@@ -277,12 +290,12 @@ Frame* Pager::load(PageNumber number) {
     s.store.read(number, run);
     s.forwardFrom = end;
 
-    for (std::uint32_t page = end; page-- > first;) {
+    for (std::uint32_t page = first; page < end; ++page) {
         Frame* frame = s.freshFrame();
         std::memcpy(frame->bytes.get(), &run[(page - first) * s.pageSize], s.pageSize);
         frame->number = PageNumber{page};
-        frame->used = true; // not evicted by the very reading that brought it in
-        s.push(s.clean, frame);
+        frame->used = true; // else the next page of the run could push it out
+        s.clean.insert(frame);
         s.table[page] = frame;
     }
     return s.table[first];
@@ -331,7 +344,7 @@ PageEdit Pager::editZeroed(PageNumber number) {
     Frame* frame = s.freshFrame();
     frame->number = number;
     frame->used = true;
-    s.push(s.clean, frame);
+    s.clean.insert(frame);
     s.table[raw(number)] = frame;
     std::memset(frame->bytes.get(), 0, s.pageSize);
     s.undo.push_back({frame, nullptr, 0, false});
@@ -405,8 +418,8 @@ void Pager::commit() {
         return;
     std::vector<PageStore::Change> changes;
     changes.reserve(s.changed.size());
-    for (const Frame* frame : s.changed)
-        changes.push_back({frame->number, frame->bytes.get()});
+    for (std::size_t i = s.changed.size(); i > 0; --i, s.changed.advance())
+        changes.push_back({s.changed.hand()->number, s.changed.hand()->bytes.get()});
     std::sort(changes.begin(), changes.end(),
               [](const PageStore::Change& a, const PageStore::Change& b) { return a.page < b.page; });
     try {
@@ -419,15 +432,12 @@ void Pager::commit() {
                               "); close the database and open it again");
         s.transactions = 0;
         s.dropChanges();
-        s.clean.clear();
+        s.clean = {};
         std::fill(s.table.begin(), s.table.end(), nullptr); // every read now meets the failure
         throw;
     }
-    for (Frame* frame : s.changed) {
-        frame->changed = false;
-        s.push(s.clean, frame);
-    }
-    s.changed.clear();
+    while (!s.changed.empty())
+        s.setChanged(s.changed.hand(), false);
     s.shrinkClean();
 }
 

@@ -20,8 +20,9 @@ struct Frame {
     std::unique_ptr<std::byte[]> bytes;
     std::size_t size = 0;
     PageNumber number = kNoPage;
-    std::uint32_t pins = 0;     ///< PageRefs and PageEdits alive
-    std::uint32_t place = 0;    ///< position in the pager's list of clean or of changed frames
+    std::uint32_t pins = 0;    ///< PageRefs and PageEdits alive
+    Frame* previous = nullptr; ///< in the pager's ring of clean or of changed frames
+    Frame* following = nullptr;
     std::uint16_t undoneBy = 0; ///< innermost operation (1 = outermost) that keeps an image of the page, 0 = none
     bool changed = false;       ///< differs from the committed page
     bool used = false;          ///< since the eviction hand passed last
