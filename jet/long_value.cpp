@@ -69,18 +69,33 @@ private:
     std::size_t steps_ = 0, rememberedAt_ = 1;
 };
 
-void readChain(Pager& pager, const LongValueHeader& header, std::vector<std::byte>& out) {
+void readChain(Pager& pager, const LongValueHeader& header, std::span<std::byte> out) {
     Chain chain(pager, header.first);
-    std::size_t missing = header.length;
-    while (missing > 0) {
+    while (!out.empty()) {
         if (chain.atEnd())
             pager.corrupt(chain.row().page, 0,
-                          "the parts of a long value end " + std::to_string(missing) + " bytes before its length");
+                          "the parts of a long value end " + std::to_string(out.size()) + " bytes before its length");
         const std::span<const std::byte> part = chain.next();
-        const std::size_t take = std::min(part.size(), missing);
-        out.insert(out.end(), part.begin(), part.begin() + static_cast<std::ptrdiff_t>(take));
-        missing -= take;
+        const std::size_t take = std::min(part.size(), out.size());
+        std::copy_n(part.begin(), take, out.begin());
+        out = out.subspan(take);
     }
+}
+
+/// Length of a value, checked against what its field or the file can hold, before anybody makes room for it.
+std::size_t checkedLength(Pager& pager, std::span<const std::byte> field) {
+    if (field.size() < kLongValueHeader)
+        pager.corrupt(kNoPage, 0, "a long value needs a field of 12 bytes, " + std::to_string(field.size()) + " found");
+    const LongValueHeader header = LongValueHeader::parse(field);
+    if (header.form == LongValueHeader::Form::Inline && header.length > field.size() - kLongValueHeader)
+        pager.corrupt(kNoPage, 0,
+                      "a long value of " + std::to_string(header.length) + " bytes in a field that holds " +
+                          std::to_string(field.size() - kLongValueHeader));
+    if (header.form != LongValueHeader::Form::Inline &&
+        header.length > std::uint64_t{pager.pageCount()} * pager.pageSize())
+        pager.corrupt(header.first.page, 0,
+                      "a long value of " + std::to_string(header.length) + " bytes is longer than the file");
+    return header.length;
 }
 
 std::uint8_t addReusingSlots(DataPageEditor& page, std::span<const std::byte> bytes) {
@@ -163,32 +178,28 @@ LongValueHeader LongValueHeader::parse(std::span<const std::byte> field) noexcep
 }
 
 void readLongValue(Pager& pager, std::span<const std::byte> field, std::vector<std::byte>& out) {
-    if (field.size() < kLongValueHeader)
-        pager.corrupt(kNoPage, 0, "a long value needs a field of 12 bytes, " + std::to_string(field.size()) + " found");
+    const std::size_t at = out.size();
+    out.resize(at + checkedLength(pager, field));
+    readLongValue(pager, field, std::span(out).subspan(at));
+}
+
+void readLongValue(Pager& pager, std::span<const std::byte> field, std::span<std::byte> out) {
+    [[maybe_unused]] const std::size_t length = checkedLength(pager, field);
+    assert(out.size() == length);
     const LongValueHeader header = LongValueHeader::parse(field);
-    if (header.form == LongValueHeader::Form::Inline) {
-        const auto data = field.subspan(kLongValueHeader);
-        if (header.length > data.size())
-            pager.corrupt(kNoPage, 0,
-                          "a long value of " + std::to_string(header.length) + " bytes in a field that holds " +
-                              std::to_string(data.size()));
-        out.insert(out.end(), data.begin(), data.begin() + header.length);
-        return;
-    }
-    if (header.length > std::uint64_t{pager.pageCount()} * pager.pageSize())
-        pager.corrupt(header.first.page, 0,
-                      "a long value of " + std::to_string(header.length) + " bytes is longer than the file");
     if (header.form == LongValueHeader::Form::Chain) {
         readChain(pager, header, out);
         return;
     }
     PageRef page;
-    const std::span<const std::byte> row = longValueRow(pager, header.first, page);
-    if (row.size() < header.length)
+    std::span<const std::byte> stored = field.subspan(kLongValueHeader);
+    if (header.form == LongValueHeader::Form::Single)
+        stored = longValueRow(pager, header.first, page);
+    if (stored.size() < out.size())
         pager.corrupt(header.first.page, 0,
                       "a long value of " + std::to_string(header.length) + " bytes in a row of " +
-                          std::to_string(row.size()));
-    out.insert(out.end(), row.begin(), row.begin() + header.length);
+                          std::to_string(stored.size()));
+    std::copy_n(stored.begin(), out.size(), out.begin());
 }
 
 std::array<std::byte, kLongValueHeader> writeLongValue(Pager& pager, PageAllocator& allocator,

@@ -1,0 +1,206 @@
+#include "jet/properties.h"
+
+#include "jet/byte_order.h"
+#include "jet/error.h"
+#include "jet/text_codec.h"
+#include "jet/types.h"
+
+#include "platform/letter_case.h"
+
+#include <algorithm>
+#include <array>
+
+namespace kelb::jet {
+
+namespace {
+
+constexpr std::array kSignature = {std::byte{'M'}, std::byte{'R'}, std::byte{'2'}, std::byte{0}};
+constexpr std::array kJet3Signature = {std::byte{'K'}, std::byte{'K'}, std::byte{'D'}, std::byte{0}};
+constexpr std::uint16_t kNameList = 0x80, kTable = 0, kColumn = 1;
+constexpr std::size_t kChunkHeader = 6, kValueHeader = 8;
+constexpr std::u16string_view kRequired = u"Required";
+
+/// Reads from left to right inside given bytes; running out of them is damage.
+class In {
+public:
+    explicit In(std::span<const std::byte> bytes) noexcept : rest_(bytes) {}
+    bool atEnd() const noexcept { return rest_.empty(); }
+    std::span<const std::byte> take(std::size_t count) {
+        if (count > rest_.size()) {
+            throw Error(Error::Kind::Corrupt, "damaged table properties: a length leads past their end");
+        }
+        const std::span<const std::byte> taken = rest_.first(count);
+        rest_ = rest_.subspan(count);
+        return taken;
+    }
+    std::uint8_t u8() { return load8(take(1).data()); }
+    std::uint16_t u16() { return load16(take(2).data()); }
+    std::uint32_t u32() { return load32(take(4).data()); }
+    /// What a length, itself of `own` bytes and read just now, still covers.
+    In part(std::size_t length, std::size_t own) {
+        if (length < own) {
+            throw Error(Error::Kind::Corrupt, "damaged table properties: a length is too short");
+        }
+        return In(take(length - own));
+    }
+    std::u16string name() {
+        std::u16string text;
+        const std::size_t bytes = u16();
+        decodeText(take(bytes), text);
+        return text;
+    }
+    std::vector<std::byte> rest() const { return {rest_.begin(), rest_.end()}; }
+
+private:
+    std::span<const std::byte> rest_;
+};
+
+PropertyOwner readOwner(In in, std::uint16_t kind, const std::vector<std::u16string>& names) {
+    PropertyOwner owner;
+    owner.kind = kind;
+    owner.name = in.part(in.u32(), 4).name();
+    while (!in.atEnd()) {
+        In value = in.part(in.u16(), 2);
+        Property property;
+        property.definitionOnly = value.u8();
+        property.type = value.u8();
+        const std::size_t name = value.u16();
+        if (name >= names.size()) {
+            throw Error(Error::Kind::Corrupt, "damaged table properties: a value without a name");
+        }
+        property.name = names[name];
+        const std::span<const std::byte> bytes = value.take(value.u16());
+        property.value.assign(bytes.begin(), bytes.end());
+        owner.properties.push_back(std::move(property));
+    }
+    return owner;
+}
+
+void append16(std::vector<std::byte>& out, std::size_t value) {
+    out.resize(out.size() + 2);
+    store16(&out[out.size() - 2], static_cast<std::uint16_t>(value));
+}
+
+void append32(std::vector<std::byte>& out, std::size_t value) {
+    out.resize(out.size() + 4);
+    store32(&out[out.size() - 4], static_cast<std::uint32_t>(value));
+}
+
+void appendName(std::vector<std::byte>& out, const std::u16string& name) {
+    append16(out, 2 * name.size());
+    for (const char16_t unit : name) {
+        append16(out, unit);
+    }
+}
+
+void appendChunk(std::vector<std::byte>& out, std::uint16_t type, std::span<const std::byte> data) {
+    append32(out, kChunkHeader + data.size());
+    append16(out, type);
+    out.insert(out.end(), data.begin(), data.end());
+}
+
+/// Number of a name in the list, put there when it is new.
+std::size_t numberOf(std::vector<std::u16string>& names, const std::u16string& name) {
+    const auto found = std::find(names.begin(), names.end(), name);
+    if (found == names.end()) {
+        names.push_back(name);
+        return names.size() - 1;
+    }
+    return static_cast<std::size_t>(found - names.begin());
+}
+
+std::vector<std::byte> ownerData(const PropertyOwner& owner, std::vector<std::u16string>& names) {
+    std::vector<std::byte> data;
+    append32(data, 4 + 2 + 2 * owner.name.size());
+    appendName(data, owner.name);
+    for (const Property& property : owner.properties) {
+        append16(data, kValueHeader + property.value.size());
+        data.push_back(std::byte{property.definitionOnly});
+        data.push_back(std::byte{property.type});
+        append16(data, numberOf(names, property.name));
+        append16(data, property.value.size());
+        data.insert(data.end(), property.value.begin(), property.value.end());
+    }
+    return data;
+}
+
+} // namespace
+
+Properties::Properties(std::span<const std::byte> stored) {
+    const auto startsWith = [&](const auto& signature) {
+        return stored.size() >= 4 && std::equal(signature.begin(), signature.end(), stored.begin());
+    };
+    if (stored.empty() || startsWith(kJet3Signature)) {
+        return;
+    }
+    if (!startsWith(kSignature)) {
+        throw Error(Error::Kind::Corrupt, "damaged table properties: they do not begin with MR2");
+    }
+    In in(stored.subspan(kSignature.size()));
+    std::vector<std::u16string> names;
+    while (!in.atEnd()) {
+        const std::size_t length = in.u32();
+        const std::uint16_t type = in.u16();
+        In data = in.part(length, kChunkHeader);
+        if (type == kNameList) {
+            while (!data.atEnd()) {
+                names.push_back(data.name());
+            }
+        } else if (type == kTable || type == kColumn) {
+            owners.push_back(readOwner(data, type, names));
+        } else {
+            others_.push_back({type, data.rest()});
+        }
+    }
+}
+
+bool Properties::isRequired(std::u16string_view column) const noexcept {
+    for (const PropertyOwner& owner : owners) {
+        if (owner.kind != kColumn || !platform::equalNoCase(owner.name, column)) {
+            continue;
+        }
+        for (const Property& property : owner.properties) {
+            if (platform::equalNoCase(property.name, kRequired)) {
+                return !property.value.empty() && property.value[0] != std::byte{0};
+            }
+        }
+    }
+    return false;
+}
+
+void Properties::setRequired(std::u16string_view column) {
+    auto owner = std::find_if(owners.begin(), owners.end(), [&](const PropertyOwner& o) {
+        return o.kind == kColumn && platform::equalNoCase(o.name, column);
+    });
+    if (owner == owners.end()) {
+        owner = owners.insert(owners.end(), {kColumn, std::u16string(column), {}});
+    }
+    auto property = std::find_if(owner->properties.begin(), owner->properties.end(),
+                                 [](const Property& p) { return platform::equalNoCase(p.name, kRequired); });
+    if (property == owner->properties.end()) {
+        property = owner->properties.insert(owner->properties.end(), {std::u16string(kRequired), 1, 0, {}});
+    }
+    property->type = static_cast<std::uint8_t>(ColumnType::YesNo);
+    property->value = {std::byte{1}};
+}
+
+std::vector<std::byte> Properties::build() const {
+    std::vector<std::u16string> names;
+    std::vector<std::byte> chunks;
+    for (const PropertyOwner& owner : owners) {
+        appendChunk(chunks, owner.kind, ownerData(owner, names));
+    }
+    for (const OtherChunk& other : others_) {
+        appendChunk(chunks, other.type, other.data);
+    }
+    std::vector<std::byte> nameList;
+    for (const std::u16string& name : names) {
+        appendName(nameList, name);
+    }
+    std::vector<std::byte> out(kSignature.begin(), kSignature.end());
+    appendChunk(out, kNameList, nameList);
+    out.insert(out.end(), chunks.begin(), chunks.end());
+    return out;
+}
+
+} // namespace kelb::jet

@@ -1,0 +1,145 @@
+#include "jet/row_store.h"
+
+#include "jet/byte_order.h"
+
+#include <array>
+#include <utility>
+
+namespace kelb::jet {
+
+namespace {
+
+constexpr std::size_t kPointerBytes = 4;
+constexpr std::size_t kWorthOffering = 256; ///< free bytes with which a page goes back into the free map
+
+bool isDataPage(const PageRef& page) noexcept {
+    return load8(page.data()) == 1;
+}
+
+} // namespace
+
+bool RowStore::isOwn(const PageRef& page) const noexcept {
+    constexpr std::size_t kOwnerOffset = 4;
+    return isDataPage(page) && load32(page.data() + kOwnerOffset) == raw(table_);
+}
+
+PageRef RowStore::ownPage(PageNumber page) const {
+    PageRef ref = pager_->read(page);
+    if (!isOwn(ref)) {
+        pager_->corrupt(page, 0, "a data page of the table with definition page " + std::to_string(raw(table_)));
+    }
+    return ref;
+}
+
+std::optional<RowStore::Record> RowStore::find(RowId id) const {
+    // Pages of deleted rows may be anything by now.
+    if (id.page == kNoPage || raw(id.page) >= pager_->pageCount()) {
+        return std::nullopt;
+    }
+    PageRef page = pager_->read(id.page);
+    if (!isOwn(page)) {
+        return std::nullopt;
+    }
+    const DataPageView view(*pager_, page);
+    if (id.slot >= view.slotCount()) {
+        return std::nullopt;
+    }
+    const Slot slot = view.slot(id.slot);
+    switch (slot.kind) {
+    case SlotKind::Row:
+        return Record{id, id, std::move(page), slot.bytes};
+    case SlotKind::Pointer:
+        return follow(id, slot.bytes);
+    case SlotKind::Target:
+    case SlotKind::Deleted:
+        break;
+    }
+    return std::nullopt;
+}
+
+RowStore::Record RowStore::follow(RowId first, std::span<const std::byte> pointer) const {
+    const auto fail = [&](const char* expected) {
+        pager_->corrupt(first.page, 0, "row " + std::to_string(first.slot) + ": " + expected);
+    };
+    if (pointer.size() < kPointerBytes) {
+        fail("a pointer of 4 bytes to the moved record");
+    }
+    const RowId place = RowId::unpack(load32(pointer.data()));
+    if (place.page == kNoPage || raw(place.page) >= pager_->pageCount()) {
+        fail("a pointer to a page of the file");
+    }
+    PageRef page = ownPage(place.page);
+    const DataPageView view(*pager_, page);
+    if (place.slot >= view.slotCount() || view.slot(place.slot).kind != SlotKind::Target) {
+        fail("a pointer to a moved record");
+    }
+    return {first, place, std::move(page), view.slot(place.slot).bytes};
+}
+
+RowId RowStore::insert(std::span<const std::byte> row) {
+    return place(SlotKind::Row, row);
+}
+
+RowId RowStore::place(SlotKind kind, std::span<const std::byte> row) {
+    const std::optional<PageNumber> found = allocator_->pageWithRoom(freeMap_, raw(table_), row.size());
+    PageEdit page = found ? pager_->edit(*found) : allocator_->newDataPage(ownedMap_, freeMap_, raw(table_));
+    const PageNumber number = page.number();
+    return {number, DataPageEditor(*pager_, std::move(page)).add(kind, row)};
+}
+
+void RowStore::replace(const Record& record, std::span<const std::byte> row) {
+    if (replaceAt(record.place, record.moved() ? SlotKind::Target : SlotKind::Row, row)) {
+        return;
+    }
+    // The page of the pointer may have got room since. If not, no page that has room is that page, so that pointer and
+    // target never lie on the same one.
+    if (!record.moved() || !replaceAt(record.first, SlotKind::Row, row)) {
+        const RowId target = place(SlotKind::Target, row);
+        std::array<std::byte, kPointerBytes> pointer;
+        store32(pointer.data(), target.packed());
+        if (!replaceAt(record.first, SlotKind::Pointer, pointer)) {
+            // Rows of ours have 4 bytes at least; this is a shorter one on a page without a byte to spare.
+            pager_->corrupt(record.first.page, 0, "room for a pointer to row " + std::to_string(record.first.slot));
+        }
+    }
+    if (record.moved()) {
+        eraseSlot(record.place);
+    }
+}
+
+bool RowStore::replaceAt(RowId slot, SlotKind kind, std::span<const std::byte> row) {
+    DataPageEditor page(*pager_, pager_->edit(slot.page));
+    if (!page.replace(slot.slot, kind, row)) {
+        return false;
+    }
+    offerSpace(page);
+    return true;
+}
+
+void RowStore::erase(const Record& record) {
+    eraseSlot(record.first);
+    if (record.moved()) {
+        eraseSlot(record.place);
+    }
+}
+
+/// A page on which nothing lives any more goes back to the file.
+void RowStore::eraseSlot(RowId slot) {
+    DataPageEditor page(*pager_, pager_->edit(slot.page));
+    page.erase(slot.slot);
+    if (!page.allDeleted()) {
+        offerSpace(page);
+        return;
+    }
+    UsageMap(*pager_, freeMap_).remove(slot.page);
+    UsageMap(*pager_, ownedMap_).remove(slot.page);
+    allocator_->release(slot.page);
+}
+
+void RowStore::offerSpace(const DataPageEditor& page) {
+    if (page.freeBytes() >= kWorthOffering && page.slotCount() < kMaxSlots) {
+        UsageMap(*pager_, freeMap_).add(page.number(), *allocator_);
+    }
+}
+
+} // namespace kelb::jet

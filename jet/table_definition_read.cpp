@@ -1,0 +1,237 @@
+#include "jet/table_definition.h"
+
+#include "jet/byte_order.h"
+#include "jet/error.h"
+#include "jet/text_codec.h"
+
+#include <algorithm>
+#include <span>
+
+namespace kelb::jet {
+
+namespace {
+
+constexpr std::size_t kPageHeader = 8;
+constexpr std::size_t kMaxChain = 64; ///< pages; 255 columns and 32 indexes with the longest names need 15
+constexpr std::size_t kColumnsPerIndex = 10;
+constexpr std::uint16_t kNoColumn = 0xFFFF;
+
+/// The pages of a definition as one byte string, read from left to right.
+class DefinitionBytes {
+public:
+    DefinitionBytes(Pager& pager, PageNumber first) : pager_(pager) {
+        PageNumber page = first;
+        do {
+            const PageRef ref = pager.read(page);
+            const std::span<const std::byte> bytes = ref.bytes();
+            if (load8(&bytes[0]) != 2 || load8(&bytes[1]) != 1) {
+                pager.corrupt(page, 0, "a page of a table definition (02 01)");
+            }
+            if (pages_.size() == kMaxChain) {
+                pager.corrupt(page, 4, "a table definition that comes to an end");
+            }
+            const std::size_t from = pages_.empty() ? 0 : kPageHeader;
+            bytes_.insert(bytes_.end(), bytes.begin() + static_cast<std::ptrdiff_t>(from), bytes.end());
+            pages_.push_back(page);
+            page = PageNumber{load32(&bytes[4])};
+        } while (page != kNoPage);
+    }
+
+    void seek(std::size_t offset) noexcept { at_ = offset; }
+    const std::byte* take(std::size_t count) {
+        if (count > bytes_.size() - at_) {
+            fail("a table definition that holds all that its counts promise");
+        }
+        at_ += count;
+        return bytes_.data() + at_ - count;
+    }
+    std::uint8_t u8() { return load8(take(1)); }
+    std::uint16_t u16() { return load16(take(2)); }
+    std::uint32_t u32() { return load32(take(4)); }
+    RowId rowId() { return RowId::unpack(u32()); }
+
+    [[noreturn]] void fail(const char* expected) const {
+        const std::size_t pageSize = pager_.pageSize();
+        if (at_ < pageSize) {
+            pager_.corrupt(pages_.front(), at_, expected);
+        }
+        const std::size_t index = std::min((at_ - pageSize) / (pageSize - kPageHeader) + 1, pages_.size() - 1);
+        pager_.corrupt(pages_[index], at_ - pageSize - (index - 1) * (pageSize - kPageHeader) + kPageHeader, expected);
+    }
+
+private:
+    Pager& pager_;
+    std::vector<PageNumber> pages_;
+    std::vector<std::byte> bytes_;
+    std::size_t at_ = 0;
+};
+
+struct Counts {
+    std::size_t columns, logical, physical;
+};
+
+Counts readHead(DefinitionBytes& in, TableDefinition& table) {
+    in.seek(16);
+    table.rowCount = in.u32();
+    table.lastAutonumber = in.u32();
+    table.autonumberStep = in.u32();
+    in.seek(40);
+    table.tableType = in.u8();
+    table.maxColumns = in.u16();
+    table.varColumns = in.u16();
+    Counts counts{};
+    counts.columns = in.u16();
+    counts.logical = in.u32();
+    counts.physical = in.u32();
+    table.ownedMap = in.rowId();
+    table.freeMap = in.rowId();
+    return counts;
+}
+
+Column readColumn(DefinitionBytes& in) {
+    const std::byte* p = in.take(25);
+    Column column;
+    column.type = static_cast<ColumnType>(load8(p));
+    column.number = load16(p + 5);
+    column.varIndex = load16(p + 7);
+    column.position = load16(p + 9);
+    if (column.type == ColumnType::Numeric) {
+        column.precision = load8(p + 11);
+        column.scale = load8(p + 12);
+    } else {
+        column.sortOrder = {load16(p + 11), load8(p + 14)};
+    }
+    column.flags = load8(p + 15);
+    column.extraFlags = load8(p + 16);
+    column.fixedOffset = load16(p + 21);
+    column.length = load16(p + 23);
+    return column;
+}
+
+std::u16string readName(DefinitionBytes& in) {
+    const std::size_t bytes = in.u16();
+    std::u16string name;
+    decodeText({in.take(bytes), bytes}, name);
+    return name;
+}
+
+void readPhysicalIndex(DefinitionBytes& in, PhysicalIndex& index) {
+    const std::byte* p = in.take(52);
+    for (std::size_t i = 0; i < kColumnsPerIndex; ++i) {
+        const std::byte* part = p + 4 + 3 * i;
+        if (load16(part) != kNoColumn) {
+            index.columns.push_back({load16(part), load8(part + 2) == 1});
+        }
+    }
+    index.ownedMap = RowId::unpack(load32(p + 34));
+    index.root = PageNumber{load32(p + 38)};
+    index.flags = load8(p + 46);
+}
+
+LogicalIndex readLogicalIndex(DefinitionBytes& in) {
+    const std::byte* p = in.take(28);
+    LogicalIndex index;
+    index.number = load32(p + 4);
+    index.physical = load32(p + 8);
+    index.relationSide = load8(p + 12);
+    index.relationIndex = static_cast<std::int32_t>(load32(p + 13));
+    index.relationTable = load32(p + 17);
+    index.cascadeUpdate = load8(p + 21);
+    index.cascadeDelete = load8(p + 22);
+    index.kind = load8(p + 23);
+    return index;
+}
+
+/// Counts come from the file: each block is taken from the bytes at hand before room for the next is made.
+void readBody(DefinitionBytes& in, TableDefinition& table, const Counts& counts) {
+    for (std::size_t i = 0; i < counts.physical; ++i) {
+        PhysicalIndex index;
+        index.entriesAtCompaction = in.u32();
+        index.distinctKeys = in.u32();
+        in.u32();
+        table.physicalIndexes.push_back(std::move(index));
+    }
+    for (std::size_t i = 0; i < counts.columns; ++i) {
+        table.columns.push_back(readColumn(in));
+    }
+    for (Column& column : table.columns) {
+        column.name = readName(in);
+    }
+    for (PhysicalIndex& index : table.physicalIndexes) {
+        readPhysicalIndex(in, index);
+    }
+    for (std::size_t i = 0; i < counts.logical; ++i) {
+        table.logicalIndexes.push_back(readLogicalIndex(in));
+    }
+    for (LogicalIndex& index : table.logicalIndexes) {
+        index.name = readName(in);
+    }
+    for (std::uint16_t column = in.u16(); column != kNoColumn; column = in.u16()) {
+        const RowId owned = in.rowId();
+        table.longValueMaps.push_back({column, owned, in.rowId()});
+    }
+}
+
+Column readJet3Column(DefinitionBytes& in) {
+    const std::byte* p = in.take(18);
+    Column column;
+    column.type = static_cast<ColumnType>(load8(p));
+    column.number = load16(p + 1);
+    column.varIndex = load16(p + 3);
+    column.position = load16(p + 5);
+    column.sortOrder = {load16(p + 9), 0};
+    if (column.type == ColumnType::Numeric) {
+        column.precision = load8(p + 11);
+        column.scale = load8(p + 12);
+    }
+    column.flags = load8(p + 13);
+    column.fixedOffset = load16(p + 14);
+    column.length = load16(p + 16);
+    if (column.type == ColumnType::Text) {
+        column.length = static_cast<std::uint16_t>(2 * column.length); // one byte a character there
+    }
+    return column;
+}
+
+void readJet3(DefinitionBytes& in, TableDefinition& table) {
+    in.seek(12);
+    table.rowCount = in.u32();
+    table.lastAutonumber = in.u32();
+    table.tableType = in.u8();
+    table.maxColumns = in.u16();
+    table.varColumns = in.u16();
+    const std::size_t columns = in.u16();
+    in.u32(); // logical indexes
+    const std::size_t physical = in.u32();
+    table.ownedMap = in.rowId();
+    table.freeMap = in.rowId();
+    for (std::size_t i = 0; i < physical; ++i) {
+        in.take(8);
+    }
+    for (std::size_t i = 0; i < columns; ++i) {
+        table.columns.push_back(readJet3Column(in));
+    }
+    for (Column& column : table.columns) {
+        const std::size_t bytes = in.u8();
+        decodeCodePageText({in.take(bytes), bytes}, table.codePage, column.name);
+    }
+}
+
+} // namespace
+
+TableDefinition readTableDefinition(Pager& pager, PageNumber page, Dialect dialect, std::uint16_t codePage) {
+    DefinitionBytes in(pager, page);
+    TableDefinition table;
+    table.page = page;
+    table.dialect = dialect;
+    table.codePage = codePage;
+    if (dialect == Dialect::Jet3) {
+        readJet3(in, table);
+    } else {
+        const Counts counts = readHead(in, table);
+        readBody(in, table, counts);
+    }
+    return table;
+}
+
+} // namespace kelb::jet
