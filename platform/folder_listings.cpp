@@ -104,6 +104,7 @@ FolderListings::Listing* FolderListings::keep(const std::string& folder, Listing
 std::optional<std::string> FolderListings::find(const std::string& folder, std::u16string_view name) {
     const Listing* listing = current(folder);
     if (listing == nullptr) {
+        ++reads_;
         auto fresh = read(folder);
         if (!fresh) {
             listings_.erase(folder);

@@ -24,6 +24,9 @@ public:
     /// there are several. No value when there is none or the folder cannot be read.
     std::optional<std::string> find(const std::string& folder, std::u16string_view name);
 
+    /// How often a folder was read from the disk so far.
+    std::uint64_t reads() const noexcept { return reads_; }
+
     /// One change that this program makes in a folder. Made before it; told after it succeeded.
     class OwnChange {
     public:
@@ -64,6 +67,7 @@ private:
 
     std::unordered_map<std::string, Listing> listings_;
     std::uint64_t uses_ = 0;
+    std::uint64_t reads_ = 0;
 };
 
 } // namespace kelb::platform

@@ -1,0 +1,236 @@
+#include "app/Form1.h"
+
+#include "app/form_texts.h"
+#include "app/qt_text.h"
+#include "app/remembered_fields.h"
+#include "app/run_options_menu.h"
+#include "app/summary_text.h"
+#include "app/texts.h"
+#include "app/user_dialogs.h"
+#include "app/window_host.h"
+#include "jobs/run_log.h"
+#include "platform/clock.h"
+#include "platform/text.h"
+#include "platform/utf8.h"
+#include "ui_Form1.h"
+
+#include <QCloseEvent>
+#include <QFileInfo>
+#include <QFontDatabase>
+#include <QScreen>
+#include <QShortcut>
+#include <QTextBrowser>
+
+#include <algorithm>
+#include <exception>
+
+namespace kelb::app {
+
+using jobs::Setting;
+
+Form1::Form1(Parts parts) : parts_(std::move(parts)), ui_(std::make_unique<Ui::Form1>()) {
+    ui_->setupUi(this);
+    applyTexts(*this);
+    ui_->SSTab1->setTabText(0, texts::shown(texts::kTabJobs));
+    ui_->SSTab1->setTabText(1, texts::shown(texts::kTabSpare));
+    ui_->Text1->setHolds(PathField::Holds::Folder);
+    ui_->Text2->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    ui_->Splitter->setSizes({600, 560});
+    ui_->Splitter->setStretchFactor(1, 1);
+
+    fillFields();
+    fields_ = std::make_unique<RememberedFields>(*this, parts_.remembered);
+    fields_->restore();
+    host_ = std::make_unique<WindowHost>(WindowHost::Widgets{*this, *ui_->Text2, *ui_->Label1, *ui_->ProgressBar,
+                                                             *ui_->LabelSpeed, *ui_->Check1, *ui_->Text1},
+                                         parts_.dialogs, parts_.platform);
+    options_ = new RunOptionsMenu(*this, *ui_->Text2, parts_.dialogs, parts_.remembered,
+                                  {.dryRun = false,
+                                   .trashFolder = parts_.configuration.text(Setting::SafetyTrash),
+                                   .logFile = parts_.configuration.text(Setting::SafetyLogFile)});
+    connectFields();
+    connectMenus();
+    connectJobs();
+    resize(size().boundedTo(screen()->availableSize()));
+    say(texts::shown(texts::kReady));
+}
+
+Form1::~Form1() {
+    delete viewer_;
+    delete jobsPage_;
+}
+
+void Form1::say(const QString& text) {
+    statusBar()->showMessage(text);
+}
+
+void Form1::fillFields() {
+    const jobs::Configuration& configuration = parts_.configuration;
+    ui_->Text3->setText(toQt(configuration.text(Setting::PathsWxdb)));
+    ui_->Text1->setText(toQt(configuration.text(Setting::CrawlerLanFolder)));
+    ui_->Check1->setText(
+        u"如果是在%1上采集的内容请勾选："_qs.arg(toQt(configuration.text(Setting::CrawlerMachineName))));
+    for (const std::u16string_view channel : platform::split(configuration.text(Setting::SetupChannels), u",")) {
+        const QString shown = toQt(platform::trimBlanks(channel));
+        ui_->Combo1->addItem(shown);
+        ui_->Combo2->addItem(shown);
+    }
+    ui_->Combo1->setCurrentText(toQt(configuration.text(Setting::ForumImportCid)));
+    ui_->Combo2->setCurrentText(toQt(configuration.text(Setting::ForumFillCid)));
+}
+
+void Form1::connectFields() {
+    const auto chooses = [this](QPushButton& browse, PathField& field, const char* title) {
+        connect(&browse, &QPushButton::clicked, this, [this, &field, title] {
+            const QString path = parts_.dialogs.openFile(this, texts::shown(title), QFileInfo(field.text()).path(),
+                                                         texts::shown(texts::kDatabaseFilter));
+            if (!path.isEmpty()) {
+                field.setChosen(path);
+            }
+        });
+    };
+    chooses(*ui_->BrowseSource, *ui_->TextSource, texts::kChooseSource);
+    chooses(*ui_->BrowseDestination, *ui_->Text3, texts::kChooseDestination);
+    connect(ui_->BrowseFolder, &QPushButton::clicked, this, [this] {
+        const QString folder =
+            parts_.dialogs.openFolder(this, texts::shown(texts::kChooseFolder), ui_->Text1->text());
+        if (!folder.isEmpty()) {
+            ui_->Text1->setChosen(folder);
+        }
+    });
+    connect(ui_->Check1, &QCheckBox::toggled, this, &Form1::Check1_Click);
+    Check1_Click();
+    // Esc is the stop box's key, but only while there is something to stop: a ticked box would end the next job at once.
+    connect(new QShortcut(Qt::Key_Escape, this), &QShortcut::activated, this, [this] {
+        if (auto* box = jobRuns() ? findChild<QCheckBox*>(QLatin1String(running_->stopBox)) : nullptr) {
+            box->setChecked(true);
+        }
+    });
+}
+
+void Form1::connectMenus() {
+    connect(ui_->ActionSetup, &QAction::triggered, this, [this] { say(texts::shown(texts::kSetupMissing)); });
+    connect(ui_->ActionViewer, &QAction::triggered, this, &Form1::showViewer);
+    connect(ui_->ActionQuit, &QAction::triggered, this, &Form1::close);
+    connect(ui_->ActionJobs, &QAction::triggered, this, &Form1::showJobsPage);
+    connect(ui_->ActionAbout, &QAction::triggered, this,
+            [this] { parts_.dialogs.message(this, texts::shown(texts::kAboutTitle), parts_.about); });
+}
+
+void Form1::connectJobs() {
+    for (const JobButton& job : parts_.jobs) {
+        connect(findChild<QPushButton*>(QLatin1String(job.button)), &QPushButton::clicked, this,
+                [this, &job] { press(job); });
+    }
+}
+
+void Form1::Check1_Click() {
+    ui_->Text1->setEnabled(ui_->Check1->isChecked());
+    ui_->BrowseFolder->setEnabled(ui_->Check1->isChecked() && !jobRuns());
+}
+
+void Form1::press(const JobButton& job) {
+    const QString caption = captionOf(*this, job.button);
+    if (jobRuns()) {
+        say(texts::shown(texts::kJobRuns).arg(captionOf(*this, running_->button)));
+    } else if (!job.run) {
+        say(texts::shown(texts::kNotBuilt).arg(caption));
+    } else {
+        run(job, caption);
+    }
+}
+
+void Form1::run(const JobButton& job, const QString& caption) {
+    running_ = &job;
+    showRunning(true);
+    ui_->LabelSummary->clear();
+    say(texts::shown(texts::kRunning).arg(caption));
+    jobs::JobSummary summary(job.job);
+    QString error;
+    try {
+        runJob(job, summary);
+    } catch (const std::exception& failure) {
+        error = QString::fromUtf8(failure.what());
+    }
+    host_->end();
+    running_ = nullptr;
+    showRunning(false);
+    ui_->LabelSummary->setText(summaryText(summary, jobText(QLatin1String(job.button))));
+    if (!error.isEmpty()) {
+        say(texts::shown(texts::kFailed).arg(caption));
+        parts_.dialogs.error(this, texts::shown(texts::kErrorTitle), error);
+    } else {
+        say(texts::shown(summary.stopped && summary.rows == 0 ? texts::kStopIsTicked : texts::kReady));
+    }
+    if (closeAsked_) {
+        close();
+    }
+}
+
+void Form1::runJob(const JobButton& job, jobs::JobSummary& summary) {
+    const JobRequest request{fromQt(ui_->TextSource->text()), fromQt(ui_->Text3->text()), options_->options()};
+    jobs::RunLog runLog(parts_.platform, request.options.logFile);
+    host_->begin(findChild<QCheckBox*>(QLatin1String(job.stopBox)), runLog);
+    const double start = parts_.platform.clock.steadySeconds();
+    try {
+        job.run(request, *host_, summary);
+    } catch (const std::exception& failure) {
+        summary.seconds = parts_.platform.clock.steadySeconds() - start;
+        host_->log(fromQt(texts::shown(texts::kErrorEntry)) + platform::fromUtf8(failure.what()));
+        runLog.flush();
+        throw;
+    }
+    summary.seconds = parts_.platform.clock.steadySeconds() - start;
+    runLog.flush();
+}
+
+void Form1::showRunning(bool running) {
+    // The databases of a run are fixed when it starts; the page folder and its switch are read as they stand.
+    ui_->GroupDatabases->setEnabled(!running);
+    options_->setEnabled(!running);
+    Check1_Click();
+}
+
+void Form1::showViewer() {
+    if (viewer_ == nullptr) {
+        viewer_ = parts_.makePageViewer().release();
+    }
+    if (viewer_ == nullptr) {
+        say(texts::shown(texts::kViewerMissing));
+        return;
+    }
+    viewer_->show();
+    viewer_->raise();
+    viewer_->activateWindow();
+}
+
+void Form1::showJobsPage() {
+    if (jobsPage_ == nullptr) {
+        jobsPage_ = new QTextBrowser();
+        jobsPage_->setObjectName("JobsPage");
+        jobsPage_->setWindowTitle(texts::shown(texts::kJobsPageTitle));
+        jobsPage_->setHtml(jobsPage(*this));
+        jobsPage_->resize(QSize(640, 600).boundedTo(screen()->availableSize()));
+    }
+    jobsPage_->show();
+    jobsPage_->raise();
+}
+
+void Form1::closeEvent(QCloseEvent* event) {
+    if (jobRuns()) {
+        closeAsked_ = true;
+        host_->requestStop();
+        say(texts::shown(texts::kClosing));
+        event->ignore();
+        return;
+    }
+    fields_->save();
+    for (QWidget* other : {static_cast<QWidget*>(jobsPage_.data()), viewer_.data()}) {
+        if (other != nullptr) {
+            other->close();
+        }
+    }
+    QMainWindow::closeEvent(event);
+}
+
+} // namespace kelb::app

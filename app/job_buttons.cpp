@@ -1,0 +1,38 @@
+#include "app/job_buttons.h"
+
+#include "app/job_contexts.h"
+#include "jobs/forum_fill.h"
+#include "jobs/forum_import.h"
+
+namespace kelb::app {
+namespace {
+
+constexpr char kStop[] = "ChkStopFor";
+constexpr char kStopParameters[] = "Check2";
+constexpr char kNoStop[] = ""; ///< jobs that never ask whether to stop. Kept
+
+} // namespace
+
+std::vector<JobButton> jobButtons(JobContexts& contexts) {
+    return {
+        {"Command1", kStop, jobs::kForumImportJob,
+         [&contexts](const JobRequest& request, jobs::JobHost& host, jobs::JobSummary& summary) {
+             jobs::importForumThreads({.source = request.source, .dest = request.destination},
+                                      contexts.forRun(request.options), host, summary);
+         }},
+        {"Command15", kStop, jobs::kForumFillJob,
+         [&contexts](const JobRequest& request, jobs::JobHost& host, jobs::JobSummary& summary) {
+             jobs::fillForumThreads({.source = request.source}, contexts.forRun(request.options), host, summary);
+         }},
+        {"Command12", kStop},
+        {"Command13", kNoStop},
+        {"Command11", kStop},
+        {"Command16", kNoStop},
+        {"Command10", kNoStop},
+        {"Command5", kStopParameters},
+        {"Command3", kNoStop},
+        {"Command4", kNoStop},
+    };
+}
+
+} // namespace kelb::app

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "app/job_button.h"
+
+#include <QObject>
+
+class QAction;
+class QLabel;
+class QMainWindow;
+class QSettings;
+
+namespace kelb::app {
+
+class LogView;
+class UserDialogs;
+
+/// The menu "选项": dry run, trash folder and log file of the runs to come, and what can be done with the log. What is
+/// switched on is shown at the right end of the status line. Trash folder and log file are remembered between starts; a
+/// dry run is not: whoever starts the program expects its jobs to work.
+class RunOptionsMenu final : public QObject {
+public:
+    /// `window` holds the actions; `given`: what the settings file says, taken when nothing is remembered.
+    RunOptionsMenu(QMainWindow& window, LogView& log, UserDialogs& dialogs, QSettings& remembered,
+                   const RunOptions& given);
+
+    const RunOptions& options() const noexcept { return options_; }
+    /// Off while a job runs: its options stand.
+    void setEnabled(bool enabled);
+
+private:
+    void chooseTrash(bool on);
+    void chooseLogFile(bool on);
+    void saveLog();
+    void showState();
+
+    QMainWindow& window_;
+    LogView& log_;
+    UserDialogs& dialogs_;
+    QSettings& remembered_;
+    RunOptions options_;
+    QAction& dryRun_;
+    QAction& trash_;
+    QAction& logFile_;
+    QLabel& state_;
+};
+
+} // namespace kelb::app

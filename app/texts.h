@@ -1,0 +1,227 @@
+#pragma once
+
+#include <QString>
+#include <QtGlobal>
+
+/// Every text of the windows that is our own. The captions that users have known for years stand in the .ui files and are
+/// not translated; everything here is, through Qt's translation files (context "KelbExtractor").
+namespace kelb::app::texts {
+
+/// The text in the user's language; the Chinese one where there is no translation.
+[[nodiscard]] QString shown(const char* text);
+
+#define KELB_TEXT(text) QT_TRANSLATE_NOOP("KelbExtractor", text)
+
+/// A text of the widget or menu entry with this object name.
+struct ObjectText {
+    const char* object;
+    const char* text;
+};
+
+/// Group boxes, menus and menu entries, buttons without a caption of their own.
+inline constexpr ObjectText kCaptions[] = {
+    {"GroupDatabases", KELB_TEXT("数据库")},
+    {"GroupPages", KELB_TEXT("页面文件")},
+    {"GroupForum", KELB_TEXT("论坛")},
+    {"GroupArticles", KELB_TEXT("文章")},
+    {"GroupDuplicates", KELB_TEXT("去重与合并")},
+    {"GroupParameters", KELB_TEXT("家电参数")},
+    {"GroupOthers", KELB_TEXT("其他")},
+    {"GroupLog", KELB_TEXT("日志（最新的在最上面）")},
+    {"MenuWindows", KELB_TEXT("窗口(&W)")},
+    {"MenuOptions", KELB_TEXT("选项(&O)")},
+    {"MenuHelp", KELB_TEXT("帮助(&H)")},
+    {"ActionSetup", KELB_TEXT("参数设定(&S)…")},
+    {"ActionViewer", KELB_TEXT("页面查看器(&V)")},
+    {"ActionQuit", KELB_TEXT("退出(&Q)")},
+    {"ActionDryRun", KELB_TEXT("试运行：什么都不改变(&D)")},
+    {"ActionTrash", KELB_TEXT("删除时移到回收文件夹(&T)…")},
+    {"ActionLogFile", KELB_TEXT("同时写入日志文件(&L)…")},
+    {"ActionSaveLog", KELB_TEXT("日志另存为(&A)…")},
+    {"ActionClearLog", KELB_TEXT("清空日志(&C)")},
+    {"ActionJobs", KELB_TEXT("各项任务说明(&J)")},
+    {"ActionAbout", KELB_TEXT("关于(&A)")},
+    {"BrowseSource", KELB_TEXT("浏览…")},
+    {"BrowseDestination", KELB_TEXT("浏览…")},
+    {"BrowseFolder", KELB_TEXT("浏览…")},
+};
+
+/// Which letter of a caption gets Alt as its key: the first one equal to `key`.
+struct Mnemonic {
+    const char* object;
+    char key;
+};
+inline constexpr Mnemonic kMnemonics[] = {
+    {"Label2", 'S'},    {"Label3", 'D'},   {"Command1", 'B'},  {"Command15", 'F'}, {"Command12", '2'}, {"Command13", '3'},
+    {"Command11", '1'}, {"Command16", 'e'}, {"Command10", 'C'}, {"Command5", 'K'},  {"Command14", 'P'}, {"Command3", 'U'},
+    {"Command4", 'l'},  {"Command7", 'R'}, {"Check3", 'T'},
+};
+
+/// What a field does, in one sentence. The tooltips of the job buttons come from kJobs.
+inline constexpr ObjectText kToolTips[] = {
+    {"TextSource", KELB_TEXT("采集得到的 Access 数据库；留空时用 Kelb.ini 或任务自带的路径，可把文件拖到这里。")},
+    {"Text3", KELB_TEXT("保存提取结果的 Access 数据库；可把文件拖到这里。")},
+    {"BrowseSource", KELB_TEXT("选择源数据库文件；不改变任何数据。")},
+    {"BrowseDestination", KELB_TEXT("选择目的数据库文件；不改变任何数据。")},
+    {"BrowseFolder", KELB_TEXT("选择采集机页面文件所在的文件夹；不改变任何数据。")},
+    {"Combo1", KELB_TEXT("要处理的频道；只作提示，任务按各自的频道选取记录。")},
+    {"Combo2", KELB_TEXT("要处理的另一个频道；只作提示，任务按各自的频道选取记录。")},
+    {"Check1", KELB_TEXT("勾选后页面从下面的文件夹读取；不勾选时论坛任务找不到页面文件。")},
+    {"Text1", KELB_TEXT("采集机上页面文件所在的文件夹；记录中的路径去掉盘符后接在它后面，可把文件夹拖到这里。")},
+    {"Check2", KELB_TEXT("勾选后参数提取任务在当前页之后停止；再次运行前请取消勾选。")},
+    {"Check3", KELB_TEXT("勾选后参数提取任务把新的型号加入 wxKnowledge 表；不勾选时只显示。")},
+    {"ChkStopFor", KELB_TEXT("勾选后任务在当前行之后停止，已处理的行保留；再次运行前请取消勾选（运行中按 Esc 也可勾选）。")},
+    {"Text2", KELB_TEXT("任务的日志；这里显示最新的约 2000 行，“日志另存为”保存全部。")},
+    {"Text4", KELB_TEXT("备用文本框，没有任务读取它。")},
+    {"Text5", KELB_TEXT("备用文本框，没有任务读取它。")},
+    {"ActionSetup", KELB_TEXT("指定模板提取的源和目的，打开模板提取窗口。")},
+    {"ActionViewer", KELB_TEXT("在浏览器窗口中查看保存的产品页面；不改变任何数据。")},
+    {"ActionDryRun", KELB_TEXT("任务照常进行并报告，但不改变任何记录和文件。")},
+    {"ActionTrash", KELB_TEXT("任务删除的页面文件移到所选文件夹，删除的记录也写在那里，可以恢复。")},
+    {"ActionLogFile", KELB_TEXT("把每次任务的日志按时间顺序写入 UTF-8 文本文件。")},
+    {"ActionSaveLog", KELB_TEXT("把本窗口的全部日志保存为 UTF-8 文本文件。")},
+    {"ActionClearLog", KELB_TEXT("清空窗口里的日志；日志文件不变。")},
+};
+
+/// A job as its users see it: `summary` says in one sentence what it does and what it changes, `detail` is the help page's.
+struct JobText {
+    const char* button;
+    const char* name;
+    const char* summary;
+    const char* detail;
+};
+inline constexpr JobText kJobs[] = {
+    {"Command1", KELB_TEXT("论坛导入"),
+     KELB_TEXT("把源库 bbsforum 表中论坛主题的首页提取成文章，加入目的库的 wxAll 表；提示信息页的记录和页面文件会被删除。"),
+     KELB_TEXT("只处理导入频道中网址含“-1-”的主题首页，第 2、3 页接在正文后面。网址已在 wxAll 中的主题不再导入。"
+               "必须勾选“如果是在…采集的内容”，否则没有页面文件可读。正文达到 12000 字的文章写入 TestRec 文件夹。")},
+    {"Command15", KELB_TEXT("论坛填充"),
+     KELB_TEXT("从页面文件提取标题和正文，填入源库 bbsforum 表中填充频道各行的 sT、sC；提示信息页的记录和页面文件会被删除。"),
+     KELB_TEXT("填好的 sT、sC 供以后的任务直接使用。需要勾选“如果是在…采集的内容”。")},
+    {"Command12", KELB_TEXT("单页文章导入"),
+     KELB_TEXT("按站点标记从源库的每一行提取一篇文章，加入目的表；达到 8000 字的文章改写入 TestRec 文件夹。"),
+     KELB_TEXT("源和目的在“窗口 → 参数设定”中指定，站点在 Kelb.ini 的 [Articles] 中设置。不属于任何站点的行沿用上一行的标题和正文。")},
+    {"Command13", KELB_TEXT("多页文章导入"),
+     KELB_TEXT("把分成多页的文章合并后加入 SQL Server 的 wxPrinter 表，并清空源表首页行的 blnPass、sT、sC；每次最多 10 篇。"),
+     KELB_TEXT("源表缺少字段时只添加字段并结束，请再运行一次。合并的过程写入 TestRec 文件夹供检查。此任务不看“停止”框。")},
+    {"Command11", KELB_TEXT("去除源表重复"),
+     KELB_TEXT("比较源表中同一主题的页面，删除重复、打不开和没有页面文件的记录及其页面文件。"),
+     KELB_TEXT("编号最大的记录优先保留；标题更长的较旧页面可以取代它。缺少页面文件的记录太多时先询问。"
+               "建议先用“选项 → 试运行”查看结果，或设置回收文件夹。")},
+    {"Command16", KELB_TEXT("去除目的表伪重复"),
+     KELB_TEXT("wxGG 表中网址前缀相同的行只保留 recTime 最新的一行，其余删除；开始后不能停止。"),
+     KELB_TEXT("前缀是网址到最后一个“-”为止的部分；不含“-”的网址视为同一前缀。")},
+    {"Command10", KELB_TEXT("故障总结合并"),
+     KELB_TEXT("把 wxtcl 表中型号相同的两条已审核记录合并成一条故障总结，并撤下被合并的那一条。"),
+     KELB_TEXT("缺少 blnJoined 字段时先添加该字段，完成后程序关闭，请重新开始。此任务不看“停止”框。")},
+    {"Command5", KELB_TEXT("产品参数导入"),
+     KELB_TEXT("从产品参数页提取型号和十项参数；勾选“保存提取的TV参数”时把新型号加入 wxKnowledge 表。"),
+     KELB_TEXT("已有的型号不会重复加入。用“停止提取”框停止。")},
+    {"Command14", KELB_TEXT("参数提取（预留）"), KELB_TEXT("预留的按钮：什么都不做，也不改变任何数据。"),
+     KELB_TEXT("没有任务。")},
+    {"Command3", KELB_TEXT("用户名导出"),
+     KELB_TEXT("把 DVUser 表前 300 行中以汉字开头的用户名写入 TestRec 文件夹的文件；不改变数据库。"),
+     KELB_TEXT("得到的文件可以复制为程序文件夹中的 userNames.txt。")},
+    {"Command4", KELB_TEXT("增加字段"),
+     KELB_TEXT("给 wxhx 表增加 blnPass、blnPosted、sT、sC 四个字段；字段已存在时报错。"),
+     KELB_TEXT("对同一个表只运行一次。")},
+    {"Command7", KELB_TEXT("读取表格（预留）"), KELB_TEXT("预留的按钮：什么都不做，也不改变任何数据。"),
+     KELB_TEXT("没有任务。")},
+};
+
+inline constexpr char kApplication[] = KELB_TEXT("网页内容提取");
+inline constexpr char kTabJobs[] = KELB_TEXT("提取");
+inline constexpr char kTabSpare[] = KELB_TEXT("备用");
+
+// The status line.
+inline constexpr char kReady[] = KELB_TEXT("就绪");
+inline constexpr char kNotBuilt[] = KELB_TEXT("“%1”尚未实现。");
+inline constexpr char kJobRuns[] = KELB_TEXT("“%1”正在运行，请等它结束或勾选停止框。");
+inline constexpr char kRunning[] = KELB_TEXT("正在运行：%1");
+inline constexpr char kStopIsTicked[] = KELB_TEXT("停止框已勾选，任务没有处理任何行；请取消勾选后再运行。");
+inline constexpr char kClosing[] = KELB_TEXT("任务在当前行之后停止，然后窗口关闭。");
+inline constexpr char kFailed[] = KELB_TEXT("“%1”出错，已结束。");
+inline constexpr char kNotWritable[] = KELB_TEXT("程序文件夹不可写，过长的文章无法保存：%1");
+inline constexpr char kLogSaved[] = KELB_TEXT("日志已保存：%1");
+inline constexpr char kNotSaved[] = KELB_TEXT("无法写入 %1：%2");
+inline constexpr char kDryRunOn[] = KELB_TEXT("试运行");
+inline constexpr char kTrashOn[] = KELB_TEXT("回收：%1");
+inline constexpr char kLogFileOn[] = KELB_TEXT("日志文件：%1");
+
+// Progress and the finished job.
+inline constexpr char kRowsPerSecond[] = KELB_TEXT("%1 行/秒");
+inline constexpr char kTimeLeft[] = KELB_TEXT("剩余 %1");
+inline constexpr char kHours[] = KELB_TEXT("%1 小时 %2 分");
+inline constexpr char kMinutes[] = KELB_TEXT("%1 分 %2 秒");
+inline constexpr char kSeconds[] = KELB_TEXT("%1 秒");
+inline constexpr char kSummaryRows[] = KELB_TEXT("%1：共 %2 行");
+inline constexpr char kSummarySaved[] = KELB_TEXT("保存 %1");
+inline constexpr char kSummarySkipped[] = KELB_TEXT("跳过 %1");
+inline constexpr char kSummaryFailed[] = KELB_TEXT("失败 %1");
+inline constexpr char kSummaryDeletedRows[] = KELB_TEXT("删除记录 %1");
+inline constexpr char kSummaryDeletedFiles[] = KELB_TEXT("删除文件 %1");
+inline constexpr char kSummaryOverflow[] = KELB_TEXT("过长文章写入文件 %1");
+inline constexpr char kSummaryReplaced[] = KELB_TEXT("写成“?”的字符 %1");
+inline constexpr char kSummarySeconds[] = KELB_TEXT("用时 %1 秒");
+inline constexpr char kSummaryStopped[] = KELB_TEXT("已按要求停止。");
+inline constexpr char kInBrackets[] = KELB_TEXT("（%1）");
+inline constexpr char kComma[] = KELB_TEXT("，");
+inline constexpr char kFullStop[] = KELB_TEXT("。");
+
+// Boxes.
+inline constexpr char kErrorTitle[] = KELB_TEXT("任务出错");
+inline constexpr char kConfirmTitle[] = KELB_TEXT("请确认");
+inline constexpr char kErrorEntry[] = KELB_TEXT("出错: ");
+inline constexpr char kCannotStart[] = KELB_TEXT("无法启动");
+inline constexpr char kNoDisplay[] = KELB_TEXT("没有可用的显示器：请在图形桌面中启动，或使用命令行程序 kelb。");
+inline constexpr char kYes[] = KELB_TEXT("继续");
+inline constexpr char kNo[] = KELB_TEXT("取消");
+inline constexpr char kOk[] = KELB_TEXT("确定");
+inline constexpr char kLongText[] = KELB_TEXT("%1…\n\n（文字较长，全文见下面的按钮。）");
+
+// Help.
+inline constexpr char kJobsPageTitle[] = KELB_TEXT("各项任务说明");
+inline constexpr char kJobsPageIntroduction[] =
+    KELB_TEXT("每个按钮启动一项任务，任务逐行处理到底；勾选“停止”后，任务在当前行之后结束。任务进行时其他按钮不起作用。");
+inline constexpr char kAboutTitle[] = KELB_TEXT("关于");
+inline constexpr char kAbout[] =
+    KELB_TEXT("网页内容提取 KelbExtractor %1\n\n把采集到的网页变成干净的文章：论坛主题、文章页面、产品参数。\n"
+              "程序文件夹：%2\n设置文件：%3");
+
+// The page viewer.
+inline constexpr char kViewerTitle[] = KELB_TEXT("页面查看器");
+inline constexpr char kViewerOpen[] = KELB_TEXT("打开保存的页面");
+inline constexpr char kViewerInspect[] = KELB_TEXT("查看产品信息");
+inline constexpr char kViewerOpenTip[] = KELB_TEXT("打开 Kelb.ini 的 [Viewer] 中设置的保存的页面；不改变任何数据。");
+inline constexpr char kViewerInspectTip[] = KELB_TEXT("显示页面中 div 元素的个数和产品信息块的文字；不改变任何数据。");
+inline constexpr char kViewerCount[] = KELB_TEXT("div 元素的个数");
+inline constexpr char kViewerBlock[] = KELB_TEXT("产品信息");
+inline constexpr char kViewerNoPage[] = KELB_TEXT("没有设置要查看的页面：请在 Kelb.ini 的 [Viewer] 中设置 page。");
+inline constexpr char kViewerNotFound[] = KELB_TEXT("找不到页面文件：%1");
+inline constexpr char kViewerLoading[] = KELB_TEXT("正在打开…");
+inline constexpr char kViewerFailed[] = KELB_TEXT("无法打开：%1");
+inline constexpr char kViewerMissing[] =
+    KELB_TEXT("页面查看器不可用：此程序编译时没有 Qt WebEngine（Debian 软件包 qt6-webengine-dev）。");
+inline constexpr char kSetupMissing[] = KELB_TEXT("参数设定窗口尚未实现。");
+
+// The command line.
+inline constexpr char kUsage[] = KELB_TEXT(
+    "用法：KelbExtractor [选项]\n"
+    "  --home 文件夹        程序文件夹（userNames.txt、ADMarks.txt、TestRec）；默认 KELB_HOME，再默认程序所在处\n"
+    "  --ini 文件           设置文件；默认程序文件夹中的 Kelb.ini\n"
+    "  --view 文件          直接在页面查看器中打开一个保存的页面\n"
+    "  --quit-after-paint   显示窗口后立即退出（检查安装）\n"
+    "  --version, --help    版本，本说明\n");
+inline constexpr char kBadArgument[] = KELB_TEXT("无法理解的参数：%1（见 --help）");
+
+// Choosers.
+inline constexpr char kChooseSource[] = KELB_TEXT("选择源数据库");
+inline constexpr char kChooseDestination[] = KELB_TEXT("选择目的数据库");
+inline constexpr char kChooseFolder[] = KELB_TEXT("选择页面文件夹");
+inline constexpr char kChooseTrash[] = KELB_TEXT("选择回收文件夹");
+inline constexpr char kChooseLogFile[] = KELB_TEXT("选择日志文件");
+inline constexpr char kChooseSaveLog[] = KELB_TEXT("日志另存为");
+inline constexpr char kDatabaseFilter[] = KELB_TEXT("Access 数据库 (*.mdb *.MDB);;所有文件 (*)");
+inline constexpr char kTextFilter[] = KELB_TEXT("文本文件 (*.txt);;所有文件 (*)");
+
+} // namespace kelb::app::texts

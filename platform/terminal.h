@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace kelb::platform {
+
+enum class StandardStream { Output, Error };
+
+/// True when the stream goes to a terminal rather than to a file or a pipe.
+[[nodiscard]] bool isTerminal(StandardStream stream) noexcept;
+
+/// Columns of the terminal behind the stream; 80 when it does not tell.
+[[nodiscard]] std::size_t terminalColumns(StandardStream stream) noexcept;
+
+/// Columns that a terminal gives the text: two for wide East Asian characters, none for combining marks.
+[[nodiscard]] std::size_t displayColumns(std::u16string_view text) noexcept;
+
+/// The longest front of the text that needs at most `columns`.
+[[nodiscard]] std::u16string_view cutToColumns(std::u16string_view text, std::size_t columns) noexcept;
+
+} // namespace kelb::platform
