@@ -80,8 +80,8 @@ void IniFile::parse(std::u16string_view text) {
         }
         const std::size_t close = line.front() == u'[' ? line.find(u']') : line.npos;
         if (close != line.npos) {
-            keys =
-                &sections_[platform::upperCase(trimmed(line.substr(1, close - 1)))]; // a second one adds to the first
+            // A second one of the same name adds to the first.
+            current = &sections_[std::u16string(trimmed(line.substr(1, close - 1)))];
             continue;
         }
         const std::size_t equals = line.find(u'=');

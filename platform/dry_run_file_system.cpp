@@ -2,7 +2,6 @@
 #include "platform/letter_case.h"
 #include "platform/memory_file_system.h"
 #include "platform/path_key.h"
-#include "platform/utf8.h"
 
 #include <algorithm>
 #include <array>
@@ -30,6 +29,8 @@ struct LayeredFile {
     std::uint64_t number = 0;
     int readers = 0;
     bool writer = false;
+
+    std::string identity() const { return "dry run:" + std::to_string(number); } ///< where nothing lies below
 };
 
 void openBase(LayeredFile& file, FileSystem& base) {
@@ -148,7 +149,7 @@ public:
     }
     void sync() override {} // there is no disk behind it
     std::string identity() const override {
-        return file_->base != nullptr ? file_->base->identity() : "dry run:" + std::to_string(file_->number);
+        return file_->base != nullptr ? file_->base->identity() : file_->identity();
     }
 
 private:
@@ -188,9 +189,7 @@ public:
     std::unique_ptr<RandomAccessFile> open(std::u16string_view path, OpenMode mode) override;
     void syncFolder(std::u16string_view) override {}
     std::u16string nativePath(std::u16string_view path) override { return base_.nativePath(path); }
-    std::string identityOf(std::u16string_view path) override {
-        return base_.fileExists(path) ? base_.identityOf(path) : "dry run:" + toUtf8(keyOf(path));
-    }
+    std::string identityOf(std::u16string_view path) override;
 
 private:
     using FilePtr = std::shared_ptr<LayeredFile>;
@@ -252,6 +251,18 @@ DryRunFileSystem::FilePtr DryRunFileSystem::writable(std::string_view operation,
     FilePtr file = layered(operation, path);
     openBase(*file, base_);
     return file;
+}
+
+std::string DryRunFileSystem::identityOf(std::u16string_view path) {
+    const FilePtr* change = findChange(path);
+    if (change == nullptr) {
+        return base_.identityOf(path);
+    }
+    if (*change == nullptr) {
+        throw notFound("identify", path);
+    }
+    const LayeredFile& file = **change;
+    return file.basePath.empty() ? file.identity() : base_.identityOf(file.basePath);
 }
 
 bool DryRunFileSystem::folderExists(std::u16string_view path) {

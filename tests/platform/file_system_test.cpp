@@ -202,6 +202,9 @@ TEST_P(FileSystems, IdentityIsTheFilesNotThePaths) {
     const auto a = files().open(at(u"a.mdb"), OpenMode::Read);
     EXPECT_EQ(a->identity(), files().open(at(u"A.MDB"), OpenMode::Read)->identity());
     EXPECT_NE(a->identity(), files().open(at(u"b.mdb"), OpenMode::Read)->identity());
+    const auto writer = files().open(at(u"b.mdb"), OpenMode::ReadWrite);
+    EXPECT_EQ(files().identityOf(at(u"B.mdb")), writer->identity()); // though it is locked
+    expectError(Kind::NotFound, at(u"c.mdb"), [&] { (void)files().identityOf(at(u"c.mdb")); });
     const auto temporary = files().open(u"", OpenMode::CreateTemp);
     temporary->writeAt(0, asBytes("scratch"));
     EXPECT_EQ(readAll(*temporary), "scratch");
