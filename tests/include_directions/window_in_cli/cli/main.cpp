@@ -1,0 +1,2 @@
+#include "app/RWIni.h"
+#include "app/Form1.h"
