@@ -44,9 +44,9 @@ public:
     RemovalOrder(std::u16string_view text, const std::vector<Run>& runs) {
         for (const Run& run : runs) {
             const std::u16string_view removed = text.substr(run.begin, run.end - run.begin);
-            std::vector<std::size_t>& lengths = lengths_[removed.substr(0, kShortestNoise)];
-            if (std::ranges::find(lengths, removed.size()) == lengths.end()) {
-                lengths.push_back(removed.size());
+            std::vector<Length>& lengths = lengths_[removed.substr(0, kShortestNoise)];
+            if (std::ranges::find(lengths, removed.size(), &Length::units) == lengths.end()) {
+                lengths.push_back({removed.size(), order_.size()});
             }
             shortest_ = std::min(shortest_, removed.size());
             turns_[removed].push_back(order_.size());
@@ -57,17 +57,8 @@ public:
     /// The first turn, not before `from`, that removes something from `content`; kNever if none does.
     std::size_t firstTurn(std::u16string_view content, std::size_t from) const {
         std::size_t first = kNever;
-        for (std::size_t at = 0; at + shortest_ <= content.size(); ++at) {
-            const auto lengths = lengths_.find(content.substr(at, kShortestNoise));
-            if (lengths == lengths_.end()) {
-                continue;
-            }
-            for (const std::size_t length : lengths->second) {
-                if (const auto turns = turns_.find(content.substr(at, length)); turns != turns_.end()) {
-                    const auto turn = std::ranges::lower_bound(turns->second, from);
-                    first = std::min(first, turn == turns->second.end() ? kNever : *turn);
-                }
-            }
+        for (std::size_t at = 0; at + shortest_ <= content.size() && first != from; ++at) {
+            first = std::min(first, firstTurnAt(content.substr(at), from, first));
         }
         return first;
     }
@@ -75,9 +66,33 @@ public:
     std::u16string_view removedIn(std::size_t turn) const { return order_[turn]; }
 
 private:
+    /// A length that runs of one beginning have, and the first turn of such a run.
+    struct Length {
+        std::size_t units, firstTurn;
+    };
+
+    /// The same for runs that `rest` begins with; turns from `known` on are of no interest.
+    std::size_t firstTurnAt(std::u16string_view rest, std::size_t from, std::size_t known) const {
+        const auto lengths = lengths_.find(rest.substr(0, kShortestNoise));
+        if (lengths == lengths_.end()) {
+            return kNever;
+        }
+        for (const Length& length : lengths->second) { // in the order of their first turns
+            if (length.firstTurn >= known) {
+                break;
+            }
+            const auto turns = length.units <= rest.size() ? turns_.find(rest.substr(0, length.units)) : turns_.end();
+            if (turns != turns_.end()) {
+                const auto turn = std::ranges::lower_bound(turns->second, from);
+                known = std::min(known, turn == turns->second.end() ? kNever : *turn);
+            }
+        }
+        return known;
+    }
+
     std::vector<std::u16string_view> order_;
-    std::unordered_map<std::u16string_view, std::vector<std::size_t>> turns_;   ///< of each run, ascending
-    std::unordered_map<std::u16string_view, std::vector<std::size_t>> lengths_; ///< of runs, by their beginning
+    std::unordered_map<std::u16string_view, std::vector<std::size_t>> turns_; ///< of each run, ascending
+    std::unordered_map<std::u16string_view, std::vector<Length>> lengths_;    ///< of runs, by their beginning
     std::size_t shortest_ = kNever / 2;
 };
 

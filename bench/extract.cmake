@@ -1,0 +1,4 @@
+find_package(ICU REQUIRED COMPONENTS uc)
+
+add_executable(extract_bench extract_bench.cpp)
+target_link_libraries(extract_bench PRIVATE kelb_extract benchmark::benchmark_main ICU::uc kelb_warnings)
