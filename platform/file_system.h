@@ -43,7 +43,8 @@ public:
     virtual ~FileSystem() = default;
 
     /// False also for a folder and for a path that cannot be translated to anything that exists.
-    /// Throws FileError (Unmapped) for a drive or share without a mapping.
+    /// Throws FileError (Unmapped) for a drive or share without a mapping, and when the system cannot tell (a share
+    /// that is offline, a folder that may not be entered), so that rows are not taken for orphans.
     virtual bool fileExists(std::u16string_view path) = 0;
     virtual bool folderExists(std::u16string_view path) = 0;
     virtual bool isWritable(std::u16string_view path) = 0; ///< an existing file that could be opened for writing

@@ -24,7 +24,7 @@ auto repeat(Call call) noexcept {
     return result;
 }
 
-constexpr std::size_t kReadStep = 64 * 1024; ///< bytes asked for where the size says nothing
+constexpr std::size_t kReadStep = 65'536; ///< bytes asked for where the size says nothing
 
 class PosixFile final : public RandomAccessFile {
 public:

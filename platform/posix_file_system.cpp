@@ -338,7 +338,7 @@ void PosixFileSystem::moveAcrossDisks(std::u16string_view from, std::u16string_v
         file.fail(errno);
     }
     replaceNative("rename", to, target, &status, [&file](const Descriptor& copy) {
-        constexpr std::size_t kStep = 1024 * 1024;
+        constexpr std::size_t kStep = 1'048'576;
         for (std::string piece = file.read(kStep); !piece.empty(); piece = file.read(kStep)) {
             copy.write(piece);
         }

@@ -24,6 +24,13 @@ std::uint8_t byteAt(std::string_view bytes, std::size_t at) noexcept {
 /// forms, surrogates and what lies past U+10FFFF.
 Sequence readSequence(std::string_view bytes, std::size_t at) noexcept {
     const std::uint8_t lead = byteAt(bytes, at);
+    if (lead > 0xE0 && lead < 0xED && bytes.size() - at >= 3) { // nearly every Chinese character
+        const unsigned second = byteAt(bytes, at + 1) ^ 0x80U;
+        const unsigned third = byteAt(bytes, at + 2) ^ 0x80U;
+        if ((second | third) < 0x40) {
+            return {(lead & 0x0FU) << 12U | second << 6U | third, 3, true};
+        }
+    }
     if (lead < 0xC2 || lead > 0xF4) {
         return {0, 1, false};
     }
@@ -104,11 +111,11 @@ std::u16string fromUtf8(std::string_view bytes) {
     std::u16string text(bytes.size(), u'\0'); // a sequence never gives more units than it has bytes
     char16_t* to = text.data();
     for (std::size_t at = 0; at < bytes.size();) {
-        for (const std::size_t end = at + asciiRun(bytes, at); at < end; ++at) {
-            *to++ = byteAt(bytes, at);
-        }
-        if (at == bytes.size()) {
-            break;
+        if (byteAt(bytes, at) < 0x80) {
+            for (const std::size_t end = at + asciiRun(bytes, at); at < end; ++at) {
+                *to++ = byteAt(bytes, at);
+            }
+            continue;
         }
         const Sequence sequence = readSequence(bytes, at);
         at += sequence.size;
@@ -127,7 +134,11 @@ std::u16string fromUtf8(std::string_view bytes) {
 
 Utf8Check checkUtf8(std::string_view bytes) noexcept {
     bool multiByte = false;
-    for (std::size_t at = asciiRun(bytes, 0); at < bytes.size(); at += asciiRun(bytes, at)) {
+    for (std::size_t at = 0; at < bytes.size();) {
+        if (byteAt(bytes, at) < 0x80) {
+            at += asciiRun(bytes, at);
+            continue;
+        }
         const Sequence sequence = readSequence(bytes, at);
         if (!sequence.wellFormed) {
             return {false, multiByte};
