@@ -8,15 +8,6 @@
 
 namespace kelb::ado {
 
-using jet::Binary;
-using jet::Currency;
-using jet::Decimal;
-using jet::Guid;
-using jet::isNull;
-using jet::Null;
-using jet::OleDate;
-using jet::Value;
-
 /// Field kinds as every provider tells them.
 enum class FieldType {
     YesNo,
@@ -35,6 +26,15 @@ enum class FieldType {
     Guid,
     Numeric
 };
+
+using jet::Binary;
+using jet::Currency;
+using jet::Decimal;
+using jet::Guid;
+using jet::isNull;
+using jet::Null;
+using jet::OleDate;
+using jet::Value;
 
 /// A field's value as text: Null is "", yes/no "True"/"False", dates `yyyy-M-d H:mm:ss`, binary as "0x…".
 [[nodiscard]] std::u16string toText(const Value& value);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "jet/types.h" // first: its enumerator Binary must not meet the type
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
