@@ -21,8 +21,8 @@ AdMarks::AdMarks(std::u16string fileText)
         }
     }
     std::ranges::stable_sort(marks_, {}, &Mark::upper);
-    const auto repeated = std::ranges::unique(marks_, {}, &Mark::upper);
-    marks_.erase(repeated.begin(), repeated.end());
+    const auto equal = [](const Mark& a, const Mark& b) { return a.upper == b.upper; };
+    marks_.erase(std::unique(marks_.begin(), marks_.end(), equal), marks_.end());
 }
 
 std::optional<std::u16string_view> AdMarks::firstIn(std::u16string_view text) const {
@@ -53,10 +53,9 @@ std::size_t AdMarks::firstLineAt(std::u16string_view upperText) const {
         if (depth == upperText.size()) {
             break;
         }
-        const auto next = std::ranges::equal_range(low, high, upperText[depth], {},
-                                                   [depth](const Mark& mark) { return mark.upper[depth]; });
-        low = next.begin();
-        high = next.end();
+        const auto unit = [depth](const Mark& mark) { return mark.upper[depth]; };
+        low = std::ranges::lower_bound(low, high, upperText[depth], {}, unit);
+        high = std::ranges::upper_bound(low, high, upperText[depth], {}, unit);
     }
     return best;
 }
