@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <ctime>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -65,7 +66,7 @@ private:
     Listing* current(const std::string& folder);
     Listing* keep(const std::string& folder, Listing listing);
 
-    std::unordered_map<std::string, Listing> listings_;
+    std::map<std::string, Listing> listings_; ///< a handful, by native folder
     std::uint64_t uses_ = 0;
     std::uint64_t reads_ = 0;
 };
