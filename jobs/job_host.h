@@ -8,10 +8,13 @@
 
 namespace kelb::jobs {
 
+/// Title of message boxes that have none of their own: the caption of the main window.
+inline constexpr std::u16string_view kProgramTitle = u"网页内容提取";
+
 /// Where page files lie, as the host's switch and field stand now.
 struct PageLocation {
     bool lanMode = false;     ///< `Check1`: pages are files below the folder; otherwise there are none
-    std::u16string lanFolder; ///< `Text1`
+    std::u16string lanFolder; ///< `Text1`; stored paths are put straight behind it, so it ends in a separator
 };
 
 /// What a running job may ask of whoever runs it: the main window, the command line, a test.
@@ -22,7 +25,12 @@ public:
     /// The progress line of the window (`Label1`). done and total are counts of rows.
     virtual void showProgress(std::u16string_view text, std::size_t done, std::size_t total) = 0;
     virtual void message(std::u16string_view title, std::u16string_view text) = 0; ///< may wait for the user
-    virtual PageLocation pages() = 0;                                              ///< LAN switch and folder
+    /// Whether a destructive step may be done. The window asks; the command line has --yes; else it is refused.
+    virtual bool confirm(std::u16string_view question) {
+        static_cast<void>(question);
+        return false;
+    }
+    virtual PageLocation pages() = 0; ///< LAN switch and folder
 };
 
 } // namespace kelb::jobs

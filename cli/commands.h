@@ -1,0 +1,27 @@
+#pragma once
+
+#include "cli/command.h"
+
+#include <memory>
+#include <vector>
+
+namespace kelb::cli {
+
+using CommandPointer = std::unique_ptr<Command>;
+
+CommandPointer makeForumImport(CLI::App& kelb);
+CommandPointer makeForumFill(CLI::App& kelb);
+CommandPointer makeCall(CLI::App& kelb);
+
+/// "db" and its own commands.
+std::vector<CommandPointer> makeDatabaseCommands(CLI::App& kelb);
+CommandPointer makeDbCreate(CLI::App& db);
+CommandPointer makeDbTables(CLI::App& db);
+CommandPointer makeDbSchema(CLI::App& db);
+CommandPointer makeDbQuery(CLI::App& db);
+CommandPointer makeDbExec(CLI::App& db);
+CommandPointer makeDbExport(CLI::App& db);
+CommandPointer makeDbImport(CLI::App& db);
+CommandPointer makeDbCheck(CLI::App& db);
+
+} // namespace kelb::cli

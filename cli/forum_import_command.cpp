@@ -1,0 +1,47 @@
+#include "jobs/forum_import.h"
+
+#include "cli/commands.h"
+#include "cli/job_run.h"
+#include "platform/utf8.h"
+
+namespace kelb::cli {
+namespace {
+
+class ForumImportCommand final : public Command {
+public:
+    explicit ForumImportCommand(CLI::App& kelb)
+        : Command(kelb.add_subcommand(jobs::kForumImportJob,
+                                      "Add one article to wxAll per thread of bbsforum (channel 28, pages 1 to 3)")) {
+        declared().add_option("--source", source_, "Crawl database [Comb.mdb in [Setup] adultFolder]")->type_name("DB");
+        declared().add_option("--dest", dest_, "Database with the table wxAll [[Paths] wxdb]")->type_name("DB");
+        declared()
+            .add_option("--lan-folder", lanFolder_,
+                        "Folder below which the page files lie: the stored paths without their drive are put "
+                        "straight behind it. Without it nothing can be imported")
+            ->type_name("DIR");
+        declared().footer("Threads that are in wxAll are passed over. An article of 12,000 characters or more goes to\n"
+                          "TestRec/StoreN.txt in the application folder. A row whose page is the board's notice page\n"
+                          "([Forum] boardName) is deleted, with its page file: see --trash and --dry-run.\n"
+                          "Common options: see kelb --help.");
+    }
+
+    int run(Program& program) override {
+        return runJob(program, jobs::kForumImportJob, lanFolder_,
+                      [this](jobs::Context& context, jobs::JobHost& host, jobs::JobSummary& summary) {
+                          jobs::importForumThreads({platform::fromUtf8(source_), platform::fromUtf8(dest_)}, context,
+                                                   host, summary);
+                      });
+    }
+
+private:
+    std::string source_, dest_;
+    std::optional<std::string> lanFolder_;
+};
+
+} // namespace
+
+CommandPointer makeForumImport(CLI::App& kelb) {
+    return std::make_unique<ForumImportCommand>(kelb);
+}
+
+} // namespace kelb::cli

@@ -1,0 +1,5 @@
+#include "cli/command_line.h"
+
+int main(int count, char** arguments) {
+    return kelb::cli::runKelb(count, arguments);
+}

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "ado/recordset.h"
+#include "platform/platform.h"
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace kelb::jobs {
+
+/// How a job deletes. Rows and page files are gone, or kept in a trash folder; the job does not know which.
+class Disposal {
+public:
+    virtual ~Disposal() = default;
+    /// Deletes the current row of the set. Throws ado::Error, platform::FileError; the row is then still there.
+    virtual void deleteRow(ado::Recordset& rows) = 0;
+    /// Deletes a page file that exists. Throws platform::FileError.
+    virtual void deleteFile(std::u16string_view path, std::u16string_view lanFolder) = 0;
+};
+
+/// Deletes for good.
+[[nodiscard]] std::unique_ptr<Disposal> makeDeletion(platform::Platform& platform);
+
+/// Keeps what is deleted in one new folder a run, `trashFolder`/JOB-TIME/, made when the first thing goes there:
+/// page files with the path that they had below the LAN folder (else their whole path, the drive letter or server as
+/// first folder), rows as lines of "deleted-rows.jsonl", written before the row goes.
+[[nodiscard]] std::unique_ptr<Disposal> makeTrash(platform::Platform& platform, std::u16string_view trashFolder,
+                                                  std::string_view job);
+
+} // namespace kelb::jobs

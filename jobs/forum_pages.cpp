@@ -1,0 +1,33 @@
+#include "jobs/forum_pages.h"
+
+#include "platform/text.h"
+
+namespace kelb::jobs {
+
+std::u16string ForumPages::title(std::u16string_view page, std::u16string& reason) const {
+    std::u16string title = extract::Cls4Discuz::extDiscuzTitle(page, reason);
+    std::erase_if(title, [](char16_t unit) { return unit == u'\r' || unit == u'\n'; });
+    return title;
+}
+
+std::u16string ForumPages::content(std::u16string_view page, std::u16string& reason, extract::ThreadPage which) {
+    if (!extractor_) {
+        extractor_.emplace(context_.smart(), noNames_, context_.platform().random);
+    }
+    return extractor_->extDiscuzPageContent(page, reason, which);
+}
+
+bool ForumPages::isNotice(std::u16string_view page) const {
+    const std::u16string& boardName = context_.configuration().text(Setting::ForumBoardName);
+    return !boardName.empty() && page.find(u"<title>提示信息 -  " + boardName + u" -  Powered by Discuz!") != page.npos;
+}
+
+std::u16string failureLine(std::size_t failure, std::u16string_view url, std::u16string_view explanation) {
+    std::u16string line = u"提取失败! 第" + platform::number(static_cast<long long>(failure)) + u"次,";
+    line += url;
+    line += u",";
+    line += platform::left(explanation, 100);
+    return line;
+}
+
+} // namespace kelb::jobs

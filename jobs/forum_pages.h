@@ -1,0 +1,41 @@
+#pragma once
+
+#include "extract/Cls4Discuz.h"
+#include "extract/user_names.h"
+#include "jobs/context.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace kelb::jobs {
+
+/// What the two forum jobs do with a page: cut out title and body, know the board's notice page, tell a failure.
+class ForumPages {
+public:
+    explicit ForumPages(Context& context) : context_(context) {}
+
+    /// The thread's title without line breaks.
+    std::u16string title(std::u16string_view page, std::u16string& reason) const;
+    /// Throws platform::FileError when "ADMarks.txt" is missing: it is read for the first page.
+    std::u16string content(std::u16string_view page, std::u16string& reason, extract::ThreadPage which);
+    /// The board's message page: the thread was deleted or is hidden. None is one without [Forum] boardName.
+    bool isNotice(std::u16string_view page) const;
+
+private:
+    Context& context_;
+    const extract::UserNames noNames_; ///< no step of the forum jobs draws a name, so the list is not read
+    std::optional<extract::Cls4Discuz> extractor_;
+};
+
+/// "提取失败! 第" + n + "次," + url + "," + the first 100 characters of the explanation.
+[[nodiscard]] std::u16string failureLine(std::size_t failure, std::u16string_view url, std::u16string_view explanation);
+
+inline constexpr std::u16string_view kForumTable = u"bbsforum";
+/// Reasons why a row is passed over; names of counts in the summary.
+inline constexpr std::string_view kAlreadyThere = "alreadyThere";
+inline constexpr std::string_view kNoPageFile = "noPageFile";
+inline constexpr std::string_view kOverLong = "overLong";
+inline constexpr std::string_view kNoticePage = "noticePage";
+
+} // namespace kelb::jobs

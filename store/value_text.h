@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+/// Texts that stand for numbers and flags, as the store's callers hand them over.
+namespace kelb::store {
+
+/// A decimal number with optional sign, point and exponent; blanks around it are passed over. No value for anything
+/// else, infinities included.
+[[nodiscard]] std::optional<double> parseNumber(std::u16string_view text);
+
+/// Rounded to the nearest whole number, halves to the even one; no value outside 32 bits.
+[[nodiscard]] std::optional<std::int32_t> toLong(double number);
+
+/// "True" and "False" without regard to case, or a number: 0 is false.
+[[nodiscard]] std::optional<bool> parseBoolean(std::u16string_view text);
+
+} // namespace kelb::store
