@@ -92,15 +92,15 @@ void Form1::connectFields() {
     chooses(*ui_->BrowseSource, *ui_->TextSource, texts::kChooseSource);
     chooses(*ui_->BrowseDestination, *ui_->Text3, texts::kChooseDestination);
     connect(ui_->BrowseFolder, &QPushButton::clicked, this, [this] {
-        const QString folder =
-            parts_.dialogs.openFolder(this, texts::shown(texts::kChooseFolder), ui_->Text1->text());
+        const QString folder = parts_.dialogs.openFolder(this, texts::shown(texts::kChooseFolder), ui_->Text1->text());
         if (!folder.isEmpty()) {
             ui_->Text1->setChosen(folder);
         }
     });
     connect(ui_->Check1, &QCheckBox::toggled, this, &Form1::Check1_Click);
     Check1_Click();
-    // Esc is the stop box's key, but only while there is something to stop: a ticked box would end the next job at once.
+    // Esc is the stop box's key, but only while there is something to stop: a ticked box would end the next job at
+    // once.
     connect(new QShortcut(Qt::Key_Escape, this), &QShortcut::activated, this, [this] {
         if (auto* box = jobRuns() ? findChild<QCheckBox*>(QLatin1String(running_->stopBox)) : nullptr) {
             box->setChecked(true);
@@ -171,13 +171,15 @@ void Form1::runJob(const JobButton& job, jobs::JobSummary& summary) {
     const JobRequest request{fromQt(ui_->TextSource->text()), fromQt(ui_->Text3->text()), options_->options()};
     jobs::RunLog runLog(parts_.platform, request.options.logFile);
     host_->begin(findChild<QCheckBox*>(QLatin1String(job.stopBox)), runLog);
+    summary.dryRun = request.options.dryRun;
     const double start = parts_.platform.clock.steadySeconds();
     try {
         job.run(request, *host_, summary);
     } catch (const std::exception& failure) {
         summary.seconds = parts_.platform.clock.steadySeconds() - start;
-        host_->log(fromQt(texts::shown(texts::kErrorEntry)) + platform::fromUtf8(failure.what()));
-        runLog.flush();
+        const std::u16string entry = fromQt(texts::shown(texts::kErrorEntry)) + platform::fromUtf8(failure.what());
+        ui_->Text2->add(entry);
+        runLog.addLast(entry);
         throw;
     }
     summary.seconds = parts_.platform.clock.steadySeconds() - start;

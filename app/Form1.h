@@ -26,9 +26,9 @@ class RunOptionsMenu;
 class UserDialogs;
 class WindowHost;
 
-/// The main window: fields, a button for each job, the log and the stop boxes. A job runs to its end inside the click of
-/// its button, one at a time, and gives way to the window's events between rows. No error leaves a click: it ends the job
-/// and is told in a box and in the log.
+/// The main window: fields, a button for each job, the log and the stop boxes. A job runs to its end inside the click
+/// of its button, one at a time, and gives way to the window's events between rows. No error leaves a click: it ends
+/// the job and is told in a box and in the log.
 class Form1 final : public QMainWindow {
 public:
     /// What the window is made of; everything outlives it.

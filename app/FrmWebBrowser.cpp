@@ -68,6 +68,10 @@ FrmWebBrowser::FrmWebBrowser(const ViewedPage& viewed, platform::FileSystem& fil
         const QString shown = view_.url().toDisplayString();
         status_.setText(loaded ? shown : texts::shown(texts::kViewerFailed).arg(shown));
     });
+    if (viewed.atOnce) {
+        QMetaObject::invokeMethod(
+            this, [this] { Command1_Click(); }, Qt::QueuedConnection);
+    }
 }
 
 void FrmWebBrowser::Command1_Click() {

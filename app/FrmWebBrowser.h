@@ -30,8 +30,8 @@ private:
     std::u16string page_;
     platform::FileSystem& files_;
     UserDialogs& dialogs_;
-    QLineEdit& address_;    ///< `Text1`
-    QWebEngineView& view_;  ///< `WebBrowser1`
+    QLineEdit& address_;   ///< `Text1`
+    QWebEngineView& view_; ///< `WebBrowser1`
     QLabel& status_;
 };
 

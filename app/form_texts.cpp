@@ -56,12 +56,10 @@ void applyTexts(QObject& root) {
             std::ranges::for_each(found, [&](QObject* object) { apply(*object, line); });
         }
     };
-    each(texts::kCaptions, [](QObject& object, const texts::ObjectText& line) {
-        setCaption(object, texts::shown(line.text));
-    });
-    each(texts::kToolTips, [](QObject& object, const texts::ObjectText& line) {
-        setToolTip(object, texts::shown(line.text));
-    });
+    each(texts::kCaptions,
+         [](QObject& object, const texts::ObjectText& line) { setCaption(object, texts::shown(line.text)); });
+    each(texts::kToolTips,
+         [](QObject& object, const texts::ObjectText& line) { setToolTip(object, texts::shown(line.text)); });
     each(texts::kMnemonics, [](QObject& object, const texts::Mnemonic& line) { setAltKey(object, line.key); });
     for (const texts::JobText& job : texts::kJobs) {
         if (auto* button = root.findChild<QAbstractButton*>(QLatin1String(job.button))) {
@@ -83,11 +81,11 @@ QString captionOf(const QObject& root, const char* button) {
 
 QString jobsPage(const QObject& root) {
     const auto escaped = [](const char* text) { return texts::shown(text).toHtmlEscaped(); };
-    QString page = u"<h2>%1</h2><p>%2</p>"_qs.arg(escaped(texts::kJobsPageTitle), escaped(texts::kJobsPageIntroduction));
+    QString page =
+        u"<h2>%1</h2><p>%2</p>"_qs.arg(escaped(texts::kJobsPageTitle), escaped(texts::kJobsPageIntroduction));
     for (const texts::JobText& job : texts::kJobs) {
-        page += u"<h3>%1</h3><p><b>%2</b>：%3</p><p>%4</p>"_qs.arg(captionOf(root, job.button).toHtmlEscaped(),
-                                                                  escaped(job.name), escaped(job.summary),
-                                                                  escaped(job.detail));
+        page += u"<h3>%1</h3><p><b>%2</b>：%3</p><p>%4</p>"_qs.arg(
+            captionOf(root, job.button).toHtmlEscaped(), escaped(job.name), escaped(job.summary), escaped(job.detail));
     }
     return page;
 }

@@ -10,9 +10,9 @@
 
 namespace kelb::app {
 
-/// The job log: each new entry stands in front of the older ones, followed by a line break. Entries are kept whole; what
-/// is on screen is brought up to date at most every 100 ms, in one piece, and ends after about 2,000 lines, because a
-/// view that follows every entry costs 3 ms an entry.
+/// The job log: each new entry stands in front of the older ones, followed by a line break. Entries are kept whole;
+/// what is on screen is brought up to date at most every 100 ms, in one piece, and ends after about 2,000 lines,
+/// because a view that follows every entry costs 3 ms an entry.
 class LogView final : public QPlainTextEdit {
 public:
     explicit LogView(QWidget* parent = nullptr);

@@ -15,9 +15,11 @@ class UserDialogs;
 struct ViewedPage {
     std::u16string page;    ///< path of a saved page; "" when none is set
     std::u16string address; ///< in the address box at first
+    bool atOnce = false;    ///< the page is opened with the window, not only with its button
 };
 
-/// FrmWebBrowser, not yet shown; nullptr in a program that was built without Qt WebEngine.
+/// FrmWebBrowser, not yet shown, with nothing opened unless `viewed.atOnce`; nullptr in a program that was built
+/// without Qt WebEngine.
 [[nodiscard]] std::unique_ptr<QWidget> makePageViewer(const ViewedPage& viewed, platform::FileSystem& files,
                                                       UserDialogs& dialogs);
 

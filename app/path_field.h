@@ -13,8 +13,8 @@ public:
     explicit PathField(QWidget* parent = nullptr);
     void setHolds(Holds holds) { holds_ = holds; }
 
-    /// Puts in a path that came from this machine's file system. A folder gets the separator at its end that jobs expect:
-    /// they put the rest of the path straight behind it.
+    /// Puts in a path that came from this machine's file system. A folder gets the separator at its end that jobs
+    /// expect: they put the rest of the path straight behind it.
     void setChosen(const QString& path);
 
 protected:

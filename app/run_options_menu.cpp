@@ -29,8 +29,8 @@ QAction& actionOf(const QMainWindow& window, const char* name) {
 
 RunOptionsMenu::RunOptionsMenu(QMainWindow& window, LogView& log, UserDialogs& dialogs, QSettings& remembered,
                                const RunOptions& given)
-    : QObject(&window), window_(window), log_(log), dialogs_(dialogs), remembered_(remembered), options_(given),
-      dryRun_(actionOf(window, "ActionDryRun")), trash_(actionOf(window, "ActionTrash")),
+    : QObject(&window), window_(window), log_(log), dialogs_(dialogs), remembered_(remembered), given_(given),
+      options_(given), dryRun_(actionOf(window, "ActionDryRun")), trash_(actionOf(window, "ActionTrash")),
       logFile_(actionOf(window, "ActionLogFile")), state_(*new QLabel(&window)) {
     state_.setObjectName("LabelOptions");
     state_.setTextFormat(Qt::PlainText);
@@ -59,7 +59,7 @@ void RunOptionsMenu::chooseTrash(bool on) {
     const QString folder =
         on ? dialogs_.openFolder(&window_, texts::shown(texts::kChooseTrash), QDir::homePath()) : QString();
     options_.trashFolder = fromQt(QDir::toNativeSeparators(folder));
-    remembered_.setValue(kTrashKey, toQt(options_.trashFolder));
+    remember(kTrashKey, options_.trashFolder, given_.trashFolder);
     showState();
 }
 
@@ -68,8 +68,16 @@ void RunOptionsMenu::chooseLogFile(bool on) {
                                                 texts::shown(texts::kTextFilter))
                             : QString();
     options_.logFile = fromQt(QDir::toNativeSeparators(file));
-    remembered_.setValue(kLogFileKey, toQt(options_.logFile));
+    remember(kLogFileKey, options_.logFile, given_.logFile);
     showState();
+}
+
+void RunOptionsMenu::remember(const char* key, const std::u16string& value, const std::u16string& given) {
+    if (value == given) {
+        remembered_.remove(key);
+    } else {
+        remembered_.setValue(key, toQt(value));
+    }
 }
 
 void RunOptionsMenu::saveLog() {
@@ -80,10 +88,10 @@ void RunOptionsMenu::saveLog() {
     }
     const std::string bytes = platform::toUtf8(log_.wholeText());
     QSaveFile file(path);
-    const bool saved = file.open(QIODevice::WriteOnly) &&
-                       file.write(bytes.data(), static_cast<qint64>(bytes.size())) ==
-                           static_cast<qint64>(bytes.size()) &&
-                       file.commit();
+    const bool saved =
+        file.open(QIODevice::WriteOnly) &&
+        file.write(bytes.data(), static_cast<qint64>(bytes.size())) == static_cast<qint64>(bytes.size()) &&
+        file.commit();
     if (saved) {
         window_.statusBar()->showMessage(texts::shown(texts::kLogSaved).arg(QDir::toNativeSeparators(path)));
     } else {

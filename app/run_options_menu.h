@@ -19,7 +19,7 @@ class UserDialogs;
 /// dry run is not: whoever starts the program expects its jobs to work.
 class RunOptionsMenu final : public QObject {
 public:
-    /// `window` holds the actions; `given`: what the settings file says, taken when nothing is remembered.
+    /// `window` holds the actions; `given`: what the settings file says, taken while nothing else was chosen.
     RunOptionsMenu(QMainWindow& window, LogView& log, UserDialogs& dialogs, QSettings& remembered,
                    const RunOptions& given);
 
@@ -30,6 +30,7 @@ public:
 private:
     void chooseTrash(bool on);
     void chooseLogFile(bool on);
+    void remember(const char* key, const std::u16string& value, const std::u16string& given);
     void saveLog();
     void showState();
 
@@ -37,6 +38,7 @@ private:
     LogView& log_;
     UserDialogs& dialogs_;
     QSettings& remembered_;
+    RunOptions given_;
     RunOptions options_;
     QAction& dryRun_;
     QAction& trash_;

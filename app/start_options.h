@@ -14,7 +14,8 @@ struct StartOptions {
     QString view; ///< a page to open in the viewer at once; "" when none
     bool help = false;
     bool version = false;
-    bool quitAfterPaint = false; ///< opens the window, paints it once and ends: checks an installation, measures the start
+    bool quitAfterPaint =
+        false; ///< opens the window, paints it once and ends: checks an installation, measures the start
 };
 
 /// Reads `--home DIR`, `--home=DIR` and the like (program name not among the arguments). No value when an argument is

@@ -1,18 +1,28 @@
 #include "app/summary_text.h"
 
-#include <QCoreApplication>
 #include <QLocale>
 #include <QStringList>
+
+#include <algorithm>
+#include <string>
 
 namespace kelb::app {
 namespace {
 
+/// A word that the tables do not know is shown as it is.
+QString wordText(const std::string& word) {
+    const auto* known = std::ranges::find_if(
+        texts::kSummaryWords, [&word](const texts::ObjectText& candidate) { return word == candidate.object; });
+    return known == std::end(texts::kSummaryWords) ? QString::fromStdString(word) : texts::shown(known->text);
+}
+
 QString reasonsOf(const jobs::JobSummary& summary) {
     QStringList reasons;
     for (const auto& [reason, rows] : summary.skippedBecause) {
-        reasons += u"%1 %2"_qs.arg(texts::shown(reason.c_str())).arg(rows);
+        reasons += u"%1 %2"_qs.arg(wordText(reason)).arg(rows);
     }
-    return reasons.isEmpty() ? QString() : texts::shown(texts::kInBrackets).arg(reasons.join(texts::shown(texts::kComma)));
+    return reasons.isEmpty() ? QString()
+                             : texts::shown(texts::kInBrackets).arg(reasons.join(texts::shown(texts::kComma)));
 }
 
 } // namespace
@@ -35,10 +45,13 @@ QString summaryText(const jobs::JobSummary& summary, const texts::JobText* job) 
     add(texts::kSummaryReplaced, summary.replacedCharacters);
     parts += texts::shown(texts::kSummarySeconds).arg(QLocale::c().toString(summary.seconds, 'f', 2));
     QString text = parts.join(texts::shown(texts::kComma)) + texts::shown(texts::kFullStop);
+    if (summary.dryRun) {
+        text += texts::shown(texts::kSummaryDryRun);
+    }
     if (summary.stopped) {
         text += texts::shown(texts::kSummaryStopped);
     }
-    return summary.note.empty() ? text : text + u'\n' + texts::shown(summary.note.c_str());
+    return summary.note.empty() ? text : text + u'\n' + wordText(summary.note);
 }
 
 } // namespace kelb::app

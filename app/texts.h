@@ -3,8 +3,8 @@
 #include <QString>
 #include <QtGlobal>
 
-/// Every text of the windows that is our own. The captions that users have known for years stand in the .ui files and are
-/// not translated; everything here is, through Qt's translation files (context "KelbExtractor").
+/// Every text of the windows that is our own. The captions that users have known for years stand in the .ui files and
+/// are not translated; everything here is, through Qt's translation files (context "KelbExtractor").
 namespace kelb::app::texts {
 
 /// The text in the user's language; the Chinese one where there is no translation.
@@ -12,7 +12,7 @@ namespace kelb::app::texts {
 
 #define KELB_TEXT(text) QT_TRANSLATE_NOOP("KelbExtractor", text)
 
-/// A text of the widget or menu entry with this object name.
+/// A text by the object name of its widget or menu entry, or by another fixed word.
 struct ObjectText {
     const char* object;
     const char* text;
@@ -52,9 +52,9 @@ struct Mnemonic {
     char key;
 };
 inline constexpr Mnemonic kMnemonics[] = {
-    {"Label2", 'S'},    {"Label3", 'D'},   {"Command1", 'B'},  {"Command15", 'F'}, {"Command12", '2'}, {"Command13", '3'},
-    {"Command11", '1'}, {"Command16", 'e'}, {"Command10", 'C'}, {"Command5", 'K'},  {"Command14", 'P'}, {"Command3", 'U'},
-    {"Command4", 'l'},  {"Command7", 'R'}, {"Check3", 'T'},
+    {"Label2", 'S'},    {"Label3", 'D'},    {"Command1", 'B'},  {"Command15", 'F'}, {"Command12", '2'},
+    {"Command13", '3'}, {"Command11", '1'}, {"Command16", 'e'}, {"Command10", 'C'}, {"Command5", 'K'},
+    {"Command14", 'P'}, {"Command3", 'U'},  {"Command4", 'l'},  {"Command7", 'R'},  {"Check3", 'T'},
 };
 
 /// What a field does, in one sentence. The tooltips of the job buttons come from kJobs.
@@ -70,7 +70,8 @@ inline constexpr ObjectText kToolTips[] = {
     {"Text1", KELB_TEXT("采集机上页面文件所在的文件夹；记录中的路径去掉盘符后接在它后面，可把文件夹拖到这里。")},
     {"Check2", KELB_TEXT("勾选后参数提取任务在当前页之后停止；再次运行前请取消勾选。")},
     {"Check3", KELB_TEXT("勾选后参数提取任务把新的型号加入 wxKnowledge 表；不勾选时只显示。")},
-    {"ChkStopFor", KELB_TEXT("勾选后任务在当前行之后停止，已处理的行保留；再次运行前请取消勾选（运行中按 Esc 也可勾选）。")},
+    {"ChkStopFor",
+     KELB_TEXT("勾选后任务在当前行之后停止，已处理的行保留；再次运行前请取消勾选（运行中按 Esc 也可勾选）。")},
     {"Text2", KELB_TEXT("任务的日志；这里显示最新的约 2000 行，“日志另存为”保存全部。")},
     {"Text4", KELB_TEXT("备用文本框，没有任务读取它。")},
     {"Text5", KELB_TEXT("备用文本框，没有任务读取它。")},
@@ -83,7 +84,8 @@ inline constexpr ObjectText kToolTips[] = {
     {"ActionClearLog", KELB_TEXT("清空窗口里的日志；日志文件不变。")},
 };
 
-/// A job as its users see it: `summary` says in one sentence what it does and what it changes, `detail` is the help page's.
+/// A job as its users see it: `summary` says in one sentence what it does and what it changes, `detail` is the help
+/// page's.
 struct JobText {
     const char* button;
     const char* name;
@@ -92,18 +94,23 @@ struct JobText {
 };
 inline constexpr JobText kJobs[] = {
     {"Command1", KELB_TEXT("论坛导入"),
-     KELB_TEXT("把源库 bbsforum 表中论坛主题的首页提取成文章，加入目的库的 wxAll 表；提示信息页的记录和页面文件会被删除。"),
+     KELB_TEXT(
+         "把源库 bbsforum 表中论坛主题的首页提取成文章，加入目的库的 wxAll 表；提示信息页的记录和页面文件会被删除。"),
      KELB_TEXT("只处理导入频道中网址含“-1-”的主题首页，第 2、3 页接在正文后面。网址已在 wxAll 中的主题不再导入。"
                "必须勾选“如果是在…采集的内容”，否则没有页面文件可读。正文达到 12000 字的文章写入 TestRec 文件夹。")},
     {"Command15", KELB_TEXT("论坛填充"),
-     KELB_TEXT("从页面文件提取标题和正文，填入源库 bbsforum 表中填充频道各行的 sT、sC；提示信息页的记录和页面文件会被删除。"),
+     KELB_TEXT(
+         "从页面文件提取标题和正文，填入源库 bbsforum 表中填充频道各行的 sT、sC；提示信息页的记录和页面文件会被删除。"),
      KELB_TEXT("填好的 sT、sC 供以后的任务直接使用。需要勾选“如果是在…采集的内容”。")},
     {"Command12", KELB_TEXT("单页文章导入"),
      KELB_TEXT("按站点标记从源库的每一行提取一篇文章，加入目的表；达到 8000 字的文章改写入 TestRec 文件夹。"),
-     KELB_TEXT("源和目的在“窗口 → 参数设定”中指定，站点在 Kelb.ini 的 [Articles] 中设置。不属于任何站点的行沿用上一行的标题和正文。")},
+     KELB_TEXT("源和目的在“窗口 → 参数设定”中指定，站点在 Kelb.ini 的 [Articles] "
+               "中设置。不属于任何站点的行沿用上一行的标题和正文。")},
     {"Command13", KELB_TEXT("多页文章导入"),
-     KELB_TEXT("把分成多页的文章合并后加入 SQL Server 的 wxPrinter 表，并清空源表首页行的 blnPass、sT、sC；每次最多 10 篇。"),
-     KELB_TEXT("源表缺少字段时只添加字段并结束，请再运行一次。合并的过程写入 TestRec 文件夹供检查。此任务不看“停止”框。")},
+     KELB_TEXT(
+         "把分成多页的文章合并后加入 SQL Server 的 wxPrinter 表，并清空源表首页行的 blnPass、sT、sC；每次最多 10 篇。"),
+     KELB_TEXT(
+         "源表缺少字段时只添加字段并结束，请再运行一次。合并的过程写入 TestRec 文件夹供检查。此任务不看“停止”框。")},
     {"Command11", KELB_TEXT("去除源表重复"),
      KELB_TEXT("比较源表中同一主题的页面，删除重复、打不开和没有页面文件的记录及其页面文件。"),
      KELB_TEXT("编号最大的记录优先保留；标题更长的较旧页面可以取代它。缺少页面文件的记录太多时先询问。"
@@ -168,10 +175,27 @@ inline constexpr char kInBrackets[] = KELB_TEXT("（%1）");
 inline constexpr char kComma[] = KELB_TEXT("，");
 inline constexpr char kFullStop[] = KELB_TEXT("。");
 
+inline constexpr char kSummaryDryRun[] = KELB_TEXT("试运行，什么都没有改变。");
+
+/// Names and notes that jobs put into their summaries.
+inline constexpr ObjectText kSummaryWords[] = {
+    {"alreadyThere", KELB_TEXT("已在目的表中")},
+    {"noPageFile", KELB_TEXT("没有页面文件")},
+    {"overLong", KELB_TEXT("过长")},
+    {"noticePage", KELB_TEXT("提示信息页")},
+    {"LAN mode is off: nothing can be imported",
+     KELB_TEXT("没有勾选“如果是在…采集的内容”，读不到页面文件，所以什么都没有导入。")},
+    {"LAN mode is off: nothing can be filled",
+     KELB_TEXT("没有勾选“如果是在…采集的内容”，读不到页面文件，所以什么都没有填充。")},
+    {"no row of the source is a first thread page of the channel", KELB_TEXT("源表中没有该频道的主题首页。")},
+    {"no row of the source is a thread page of the channel", KELB_TEXT("源表中没有该频道的主题页面。")},
+};
+
 // Boxes.
 inline constexpr char kErrorTitle[] = KELB_TEXT("任务出错");
 inline constexpr char kConfirmTitle[] = KELB_TEXT("请确认");
 inline constexpr char kErrorEntry[] = KELB_TEXT("出错: ");
+inline constexpr char kFileNotFound[] = KELB_TEXT("文件未找到");
 inline constexpr char kCannotStart[] = KELB_TEXT("无法启动");
 inline constexpr char kNoDisplay[] = KELB_TEXT("没有可用的显示器：请在图形桌面中启动，或使用命令行程序 kelb。");
 inline constexpr char kYes[] = KELB_TEXT("继续");
@@ -181,8 +205,8 @@ inline constexpr char kLongText[] = KELB_TEXT("%1…\n\n（文字较长，全文
 
 // Help.
 inline constexpr char kJobsPageTitle[] = KELB_TEXT("各项任务说明");
-inline constexpr char kJobsPageIntroduction[] =
-    KELB_TEXT("每个按钮启动一项任务，任务逐行处理到底；勾选“停止”后，任务在当前行之后结束。任务进行时其他按钮不起作用。");
+inline constexpr char kJobsPageIntroduction[] = KELB_TEXT(
+    "每个按钮启动一项任务，任务逐行处理到底；勾选“停止”后，任务在当前行之后结束。任务进行时其他按钮不起作用。");
 inline constexpr char kAboutTitle[] = KELB_TEXT("关于");
 inline constexpr char kAbout[] =
     KELB_TEXT("网页内容提取 KelbExtractor %1\n\n把采集到的网页变成干净的文章：论坛主题、文章页面、产品参数。\n"

@@ -13,6 +13,7 @@ kelb_library(kelb_window
         app/log_view.cpp
         app/path_field.cpp
         app/progress_meter.cpp
+        app/program.cpp
         app/remembered_fields.cpp
         app/run_options_menu.cpp
         app/start_options.cpp
@@ -20,7 +21,8 @@ kelb_library(kelb_window
         app/texts.cpp
         app/user_dialogs.cpp
         app/window_host.cpp
-    LINKS kelb_jobs Qt6::Widgets)
+    LINKS kelb_jobs Qt6::Widgets
+    PRIVATE_LINKS kelb_rwini)
 if(Qt6WebEngineWidgets_FOUND)
     target_sources(kelb_window PRIVATE app/FrmWebBrowser.cpp app/page_viewer_webengine.cpp)
     target_link_libraries(kelb_window PRIVATE Qt6::WebEngineWidgets)
@@ -32,4 +34,5 @@ endif()
 set_target_properties(kelb_window PROPERTIES AUTOMOC ON AUTOUIC ON AUTOGEN_ORIGIN_DEPENDS OFF)
 
 add_executable(KelbExtractor app/main.cpp)
+target_compile_definitions(KelbExtractor PRIVATE KELB_VERSION="${PROJECT_VERSION}")
 target_link_libraries(KelbExtractor PRIVATE kelb_window kelb_warnings)

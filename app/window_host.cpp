@@ -16,8 +16,8 @@
 namespace kelb::app {
 namespace {
 
-/// Handling events costs little, painting a label 2 ms: at these intervals a job of 10,000 rows a second keeps nearly all
-/// of the time and the window still follows the hand.
+/// Handling events costs little, painting a label 2 ms: at these intervals a job of 10,000 rows a second keeps nearly
+/// all of the time and the window still follows the hand.
 constexpr double kPumpSeconds = 0.020;
 constexpr double kShowSeconds = 0.050;
 constexpr int kBarSteps = 1'000;

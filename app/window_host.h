@@ -22,8 +22,8 @@ namespace kelb::app {
 class LogView;
 class UserDialogs;
 
-/// The main window as a running job sees it. Jobs run on the window's thread; events are handled, and the widgets brought
-/// up to date, inside yield() and message() only.
+/// The main window as a running job sees it. Jobs run on the window's thread; events are handled, and the widgets
+/// brought up to date, inside yield() and message() only.
 class WindowHost final : public jobs::JobHost {
 public:
     /// The widgets that a job reads and writes; they outlive the host.

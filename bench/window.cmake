@@ -1,0 +1,2 @@
+add_executable(window_bench window_bench.cpp)
+target_link_libraries(window_bench PRIVATE kelb_window kelb_warnings)

@@ -1,0 +1,113 @@
+#pragma once
+
+#include "app/Form1.h"
+#include "app/log_view.h"
+#include "app/user_dialogs.h"
+#include "platform/clock.h"
+#include "platform/memory_file_system.h"
+#include "platform/random.h"
+
+#include <gtest/gtest.h>
+
+#include <QCheckBox>
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QSettings>
+#include <QStatusBar>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <algorithm>
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace kelb::app {
+
+/// Answers boxes and choosers, and remembers what was shown.
+class AnsweringDialogs final : public UserDialogs {
+public:
+    struct Box {
+        QString title, text;
+    };
+    std::vector<Box> messages, errors, questions;
+    bool agrees = false;
+    QString chosen; ///< what every chooser gives
+    std::function<void()> whileShown = [] {};
+
+    void message(QWidget*, const QString& title, const QString& text) override {
+        messages.push_back({title, text});
+        whileShown();
+    }
+    void error(QWidget*, const QString& title, const QString& text) override {
+        errors.push_back({title, text});
+        whileShown();
+    }
+    bool confirm(QWidget*, const QString& title, const QString& question) override {
+        questions.push_back({title, question});
+        return agrees;
+    }
+    QString openFile(QWidget*, const QString&, const QString&, const QString&) override { return chosen; }
+    QString saveFile(QWidget*, const QString&, const QString&, const QString&) override { return chosen; }
+    QString openFolder(QWidget*, const QString&, const QString&) override { return chosen; }
+};
+
+/// A clock that stands until it is moved.
+class StandingClock final : public platform::Clock {
+public:
+    platform::DateTime now() const override { return {2015, 12, 2, 8, 30, 0}; }
+    double steadySeconds() const override { return seconds; }
+    double seconds = 100;
+};
+
+/// The main window with jobs of the test's own, files in memory and settings in a temporary file.
+class WindowFixture : public testing::Test {
+protected:
+    using Job = std::function<void(const JobRequest&, jobs::JobHost&, jobs::JobSummary&)>;
+
+    /// The named values of the settings file; everything else has its default.
+    void openWindow(std::vector<JobButton> buttons,
+                    const std::vector<std::pair<std::u16string, std::u16string>>& settings = {}) {
+        form.reset();
+        remembered = std::make_unique<QSettings>(folder.filePath("remembered.ini"), QSettings::IniFormat);
+        configuration = jobs::Configuration([&settings](std::u16string_view, std::u16string_view key) {
+            const auto found = std::ranges::find_if(settings, [key](const auto& each) { return each.first == key; });
+            return found == settings.end() ? std::u16string() : found->second;
+        });
+        form = std::make_unique<Form1>(Form1::Parts{.platform = platform,
+                                                    .configuration = configuration,
+                                                    .dialogs = dialogs,
+                                                    .remembered = *remembered,
+                                                    .jobs = std::move(buttons),
+                                                    .makePageViewer = [] { return std::unique_ptr<QWidget>(); },
+                                                    .about = "about"});
+        form->show();
+    }
+    void openWindow(const char* button, const Job& job) { openWindow({{button, "ChkStopFor", "test-job", job}}); }
+
+    template <typename Widget>
+    Widget& find(const char* name) {
+        auto* found = form->findChild<Widget*>(QLatin1String(name));
+        if (found == nullptr) {
+            throw std::runtime_error(std::string("no ") + name);
+        }
+        return *found;
+    }
+    void click(const char* button) { QTest::mouseClick(&find<QAbstractButton>(button), Qt::LeftButton); }
+    QString statusLine() const { return form->statusBar()->currentMessage(); }
+    std::u16string logText() { return find<LogView>("Text2").wholeText(); }
+
+    QTemporaryDir folder;
+    platform::MemoryFileSystem files;
+    platform::SystemClock clock;
+    platform::SystemRandom random;
+    platform::Platform platform{files, clock, random, u"C:\\Kelb"};
+    jobs::Configuration configuration;
+    AnsweringDialogs dialogs;
+    std::unique_ptr<QSettings> remembered;
+    std::unique_ptr<Form1> form;
+};
+
+} // namespace kelb::app
