@@ -1,6 +1,7 @@
 #include "jet/value_conversion.h"
 
 #include "jet/error.h"
+#include "jet/exact_number.h"
 #include "jet/long_value.h"
 
 #include "platform/date_time.h"
@@ -19,115 +20,12 @@ namespace kelb::jet {
 
 namespace {
 
-__extension__ typedef unsigned __int128 Magnitude;
-
-constexpr int kMaxDigits = 38; // every number of 38 digits fits 128 bits
-
-/// A decimal number: magnitude / 10^scale.
-struct Exact {
-    bool negative = false;
-    Magnitude magnitude = 0;
-    int scale = 0;
-};
-
 /// A number as it was given: exact where it has a decimal form of at most kMaxDigits digits, floating where it came
 /// from a floating type or is beyond that.
 struct Number {
     std::optional<Exact> exact;
     std::optional<double> floating;
 };
-
-// ---- Reading numbers ----
-
-bool isDigit(char c) noexcept {
-    return c >= '0' && c <= '9';
-}
-
-/// `[+-]digits[.digits][e[+-]digits]`, all of it. No value for anything else or for too many digits.
-std::optional<Exact> parseExact(std::string_view text) {
-    Exact number;
-    std::size_t at = 0;
-    int digits = 0, exponent = 0;
-    bool any = false, point = false;
-    if (at < text.size() && (text[at] == '-' || text[at] == '+')) {
-        number.negative = text[at++] == '-';
-    }
-    for (; at < text.size() && (isDigit(text[at]) || (text[at] == '.' && !point)); ++at) {
-        if (text[at] == '.') {
-            point = true;
-            continue;
-        }
-        any = true;
-        number.magnitude = number.magnitude * 10 + static_cast<unsigned>(text[at] - '0');
-        number.scale += point ? 1 : 0;
-        digits += number.magnitude != 0 ? 1 : 0;
-        if (digits > kMaxDigits || number.scale > kMaxDigits) {
-            return std::nullopt;
-        }
-    }
-    if (at < text.size() && (text[at] == 'e' || text[at] == 'E')) {
-        const char* first = text.data() + at + 1;
-        const char* last = text.data() + text.size();
-        first += first != last && *first == '+' ? 1 : 0;
-        const auto result = std::from_chars(first, last, exponent);
-        if (result.ec != std::errc() || result.ptr != last || std::abs(exponent) > 400) {
-            return std::nullopt;
-        }
-        at = text.size();
-    }
-    if (!any || at != text.size()) {
-        return std::nullopt;
-    }
-    number.scale -= exponent;
-    return number;
-}
-
-/// Takes zeros off the end until the scale is `scale`, or puts them there. False when digits would be lost or the
-/// number becomes too long.
-bool rescale(Exact& number, int scale) noexcept {
-    constexpr Magnitude kRoom = ~Magnitude{0} / 10;
-    if (number.magnitude == 0) {
-        number.scale = scale;
-    }
-    for (; number.scale > scale; --number.scale) {
-        if (number.magnitude % 10 != 0) {
-            return false;
-        }
-        number.magnitude /= 10;
-    }
-    for (; number.scale < scale; ++number.scale) {
-        if (number.magnitude > kRoom) {
-            return false;
-        }
-        number.magnitude *= 10;
-    }
-    return true;
-}
-
-std::string exactText(Exact number) {
-    while (number.scale > 0 && number.magnitude % 10 == 0) {
-        number.magnitude /= 10;
-        --number.scale;
-    }
-    std::string digits;
-    for (Magnitude rest = number.magnitude; rest != 0; rest /= 10) {
-        digits += static_cast<char>('0' + static_cast<int>(rest % 10));
-    }
-    digits.append(number.scale < 0 ? 0
-                                   : static_cast<std::size_t>(number.scale) + 1 -
-                                         std::min(static_cast<std::size_t>(number.scale) + 1, digits.size()),
-                  '0');
-    std::reverse(digits.begin(), digits.end());
-    if (digits.empty()) {
-        digits = "0";
-    }
-    if (number.scale > 0) {
-        digits.insert(digits.size() - static_cast<std::size_t>(number.scale), ".");
-    } else {
-        digits.append(static_cast<std::size_t>(-number.scale), '0');
-    }
-    return number.negative && number.magnitude != 0 ? "-" + digits : digits;
-}
 
 template <class Floating>
 std::string floatingText(Floating value) {
@@ -137,7 +35,7 @@ std::string floatingText(Floating value) {
 }
 
 std::optional<double> parseFloating(std::string_view text) {
-    text.remove_prefix(!text.empty() && text.front() == '+' ? 1 : 0);
+    text.remove_prefix(text.starts_with("+") && !text.starts_with("+-") ? 1 : 0); // from_chars knows no plus
     double value = 0;
     const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
     if (result.ec != std::errc() || result.ptr != text.data() + text.size() || !std::isfinite(value)) {
