@@ -16,6 +16,8 @@ public:
     /// "" when absent.
     std::u16string value(std::u16string_view key) const;
     bool has(std::u16string_view key) const;
+    /// One more part at the end.
+    void add(std::u16string_view key, std::u16string_view value);
     /// The text with the values of Password and Pwd as "***", for messages.
     std::u16string shown() const;
     const std::vector<std::pair<std::u16string, std::u16string>>& parts() const noexcept { return parts_; }
@@ -24,7 +26,7 @@ private:
     std::vector<std::pair<std::u16string, std::u16string>> parts_;
 };
 
-/// "Provider=Microsoft.Jet.OLEDB.4.0;Data Source=" + path.
+/// "Provider=Microsoft.Jet.OLEDB.4.0;Data Source=" + path; a path that holds ";" is put in quotes.
 [[nodiscard]] std::u16string jetConnectionString(std::u16string_view path);
 
 } // namespace kelb::ado

@@ -13,6 +13,15 @@
 
 namespace kelb::ado {
 
+class SharedDatabase;
+
+/// What a connection means to do with a database.
+enum class AccessWish {
+    Read,
+    WriteIfPossible, ///< falls back to reading; SharedDatabase knows why
+    Write
+};
+
 /// What every connection of one program run shares: the providers and the open databases (two connections to one file
 /// share one engine, so that each sees the other's rows at once). Outlives its connections.
 class Environment {
@@ -31,16 +40,25 @@ public:
     void add(std::unique_ptr<Provider> provider);
 
     /// The open database at this path, or opens it. When it is open for reading only and `access` is Write it is opened
-    /// anew for writing when nobody else uses it. Paths of one file (case, links, drive letters) give one object.
+    /// anew for writing when nobody else has it from here. Paths of one file (case, links, drive letters) give one
+    /// object. Rows are changed through connections: their indexes and record sets do not see what is changed in it
+    /// directly. Throws Error (Connection).
     std::shared_ptr<jet::Database> openDatabase(std::u16string_view path, jet::Pager::Access access);
+    /// The same with the hash indexes and keysets that its connections share. Throws Error (Connection).
+    std::shared_ptr<SharedDatabase> share(std::u16string_view path, AccessWish wish);
     /// Commits every database that is open.
     void flushAll();
 
 private:
+    std::shared_ptr<SharedDatabase> find(const std::string& identity);
+    std::shared_ptr<SharedDatabase> open(std::u16string_view path, std::string identity, AccessWish wish);
+    jet::Pager::Access accessFor(AccessWish wish) const noexcept;
+    void makeWritable(SharedDatabase& database, AccessWish wish) const;
+
     platform::Platform& platform_;
     Options options_;
     std::vector<std::unique_ptr<Provider>> providers_;
-    std::map<std::string, std::weak_ptr<jet::Database>> databases_; ///< by file identity
+    std::map<std::string, std::weak_ptr<SharedDatabase>> databases_; ///< by file identity
 };
 
 } // namespace kelb::ado

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ado/connection_string.h"
+#include "ado/error.h"
 #include "ado/value.h"
 
 #include <cstddef>
@@ -51,6 +52,12 @@ public:
     virtual void update(std::span<const FieldChange> changes) = 0;
     virtual void erase() = 0;
     virtual bool updatable() const = 0;
+    /// Throws Error (ReadOnly) with the reason unless updatable().
+    virtual void requireUpdatable() const {
+        if (!updatable()) {
+            throw Error(Error::Kind::ReadOnly, "the rows of this record set cannot be changed");
+        }
+    }
 };
 
 /// One open connection of a provider.
@@ -77,6 +84,7 @@ class Provider {
 public:
     virtual ~Provider() = default;
     virtual bool accepts(const ConnectionString& connection) const = 0;
+    /// The part Mode is "Read" or "ReadWrite" when the connection asked for it (Connection::mode), else absent.
     virtual std::unique_ptr<Session> connect(const ConnectionString& connection, Environment& environment) = 0;
 };
 

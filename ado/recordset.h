@@ -66,6 +66,7 @@ public:
 
 private:
     struct Impl;
+    Impl& open() const;
     std::unique_ptr<Impl> impl_;
 };
 

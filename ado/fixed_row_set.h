@@ -1,0 +1,36 @@
+#pragma once
+
+#include "ado/provider.h"
+
+#include <utility>
+#include <vector>
+
+namespace kelb::ado {
+
+/// Rows that are all in memory, for reading: COUNT(*), the list of tables.
+class FixedRowSet final : public RowSet {
+public:
+    /// Each row has a value for each field.
+    FixedRowSet(std::vector<FieldInfo> fields, std::vector<std::vector<Value>> rows)
+        : fields_(std::move(fields)), rows_(std::move(rows)) {}
+
+    const std::vector<FieldInfo>& fields() const override { return fields_; }
+    std::size_t memberCount() const override { return rows_.size(); }
+    bool seek(std::size_t member) override {
+        current_ = member;
+        return true;
+    }
+    Value value(std::size_t field) override { return rows_[current_][field]; }
+    bool text(std::size_t field, std::u16string& out) override;
+    void insert(std::span<const FieldChange> changes) override;
+    void update(std::span<const FieldChange> changes) override;
+    void erase() override;
+    bool updatable() const override { return false; }
+
+private:
+    std::vector<FieldInfo> fields_;
+    std::vector<std::vector<Value>> rows_;
+    std::size_t current_ = 0;
+};
+
+} // namespace kelb::ado

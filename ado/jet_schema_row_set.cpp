@@ -1,0 +1,62 @@
+#include "ado/jet_schema_row_set.h"
+
+#include "ado/fixed_row_set.h"
+
+#include "platform/letter_case.h"
+
+#include <algorithm>
+#include <string_view>
+#include <utility>
+
+namespace kelb::ado {
+
+namespace {
+
+constexpr std::size_t kNameCharacters = 64;
+
+/// "" for objects that are no tables.
+std::u16string_view tableTypeOf(const jet::CatalogEntry& entry) noexcept {
+    constexpr int kTable = 1, kOdbcLink = 4, kQuery = 5, kLink = 6;
+    switch (entry.type) {
+    case kTable:
+        return entry.isUserTable() ? u"TABLE" : u"SYSTEM TABLE";
+    case kOdbcLink:
+    case kLink:
+        return u"LINK";
+    case kQuery:
+        return u"VIEW";
+    default:
+        return u"";
+    }
+}
+
+FieldInfo nameField(std::u16string_view name) {
+    FieldInfo field;
+    field.name = name;
+    field.type = FieldType::Text;
+    field.size = kNameCharacters;
+    field.writable = false;
+    return field;
+}
+
+} // namespace
+
+std::unique_ptr<RowSet> tablesOf(const jet::Database& database) {
+    std::vector<std::pair<std::u16string, std::u16string_view>> tables;
+    for (const jet::CatalogEntry& entry : database.catalog()) {
+        if (const auto type = tableTypeOf(entry); !type.empty()) {
+            tables.emplace_back(entry.name, type);
+        }
+    }
+    std::stable_sort(tables.begin(), tables.end(),
+                     [](const auto& a, const auto& b) { return platform::compareNoCase(a.first, b.first) < 0; });
+    std::vector<std::vector<Value>> rows;
+    rows.reserve(tables.size());
+    for (const auto& [name, type] : tables) {
+        rows.push_back({Value(name), Value(std::u16string(type))});
+    }
+    return std::make_unique<FixedRowSet>(std::vector{nameField(u"TABLE_NAME"), nameField(u"TABLE_TYPE")},
+                                         std::move(rows));
+}
+
+} // namespace kelb::ado

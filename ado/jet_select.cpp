@@ -1,0 +1,85 @@
+#include "ado/jet_select.h"
+
+#include "ado/error.h"
+#include "ado/fixed_row_set.h"
+#include "ado/jet_fields.h"
+
+#include "platform/letter_case.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace kelb::ado {
+
+namespace {
+
+/// ORDER BY may name a column of the table or a name given by AS.
+std::size_t orderColumn(const SelectStatement& select, const ColumnName& name, const Scope& scope) {
+    if (name.table.empty()) {
+        for (const SelectStatement::Item& item : select.items) {
+            if (!item.as.empty() && !item.count && platform::equalNoCase(item.as, name.name)) {
+                return bindColumn(item.column, scope);
+            }
+        }
+    }
+    return bindColumn(name, scope);
+}
+
+void selectAll(const jet::TableDefinition& table, std::vector<SelectedColumn>& columns) {
+    for (const std::size_t column : table.displayOrder()) {
+        columns.push_back({table.columns[column].name, column});
+    }
+}
+
+} // namespace
+
+BoundSelect bindSelect(SharedDatabase& database, const SelectStatement& select) {
+    BoundSelect bound;
+    bound.table = &database.table(select.table.name);
+    const jet::TableDefinition& definition = bound.table->definition();
+    const std::vector<FieldInfo> fields = fieldsOf(definition);
+    const Scope scope{definition.name, select.table.alias, fields};
+    for (const SelectStatement::Item& item : select.items) {
+        if (item.count) {
+            bound.count = true;
+            bound.countName = item.as.empty() ? u"Expr1000" : item.as; // the name that users of the provider know
+        } else if (item.column.name.empty()) {
+            requireTable(item.column, scope);
+            selectAll(definition, bound.columns);
+        } else {
+            const std::size_t column = bindColumn(item.column, scope);
+            bound.columns.push_back({item.as.empty() ? fields[column].name : item.as, column});
+        }
+    }
+    if (select.where) {
+        bound.where = bindCondition(*select.where, scope);
+    }
+    for (const SelectStatement::Order& key : select.order) {
+        bound.order.push_back({orderColumn(select, key.column, scope), key.ascending});
+    }
+    bound.top = select.top;
+    return bound;
+}
+
+std::unique_ptr<RowSet> openSelect(const std::shared_ptr<SharedDatabase>& database, const SelectStatement& select) {
+    const BoundSelect bound = bindSelect(*database, select);
+    if (bound.count) {
+        const std::size_t count = countRows(*database, *bound.table, bound.query().where);
+        FieldInfo field;
+        field.name = bound.countName;
+        field.type = FieldType::Long;
+        field.writable = false;
+        std::vector<std::vector<Value>> rows;
+        if (bound.top != 0) {
+            rows.push_back({Value(static_cast<std::int32_t>(count))});
+        }
+        return std::make_unique<FixedRowSet>(std::vector{std::move(field)}, std::move(rows));
+    }
+    if (bound.takesAllRows()) {
+        return std::make_unique<JetRowSet>(database, *bound.table, bound.columns);
+    }
+    return std::make_unique<JetRowSet>(database, *bound.table, bound.columns,
+                                       findRows(*database, *bound.table, bound.query()));
+}
+
+} // namespace kelb::ado
