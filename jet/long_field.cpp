@@ -17,9 +17,9 @@ namespace {
 constexpr std::uint32_t kInlineForm = 0x80000000;
 
 std::vector<std::byte> insideField(std::span<const std::byte> stored) {
-    std::vector<std::byte> field(kLongValueHeader);
+    std::vector<std::byte> field(kLongValueHeader + stored.size());
     store32(field.data(), kInlineForm | static_cast<std::uint32_t>(stored.size()));
-    field.insert(field.end(), stored.begin(), stored.end());
+    std::copy(stored.begin(), stored.end(), field.begin() + kLongValueHeader);
     return field;
 }
 
