@@ -4,6 +4,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 namespace kelb::jet {
 
@@ -49,10 +50,12 @@ public:
     CorruptFile(std::u16string_view path, PageNumber page, std::size_t offset, const std::string& expected);
     PageNumber page() const noexcept { return page_; }
     std::size_t offset() const noexcept { return offset_; } ///< bytes from the start of the page
+    std::string_view expected() const noexcept { return std::string_view(what()).substr(textBegin_, textLength_); }
 
 private:
     PageNumber page_;
     std::size_t offset_;
+    std::size_t textBegin_, textLength_; ///< of `expected` in what()
 };
 
 } // namespace kelb::jet

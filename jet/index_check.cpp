@@ -49,7 +49,8 @@ private:
                                              std::to_string(level));
             return height;
         } catch (const CorruptFile& fault) {
-            visitor_.error(fault.page(), fault.what());
+            visitor_.error(fault.page(),
+                           "at byte " + std::to_string(fault.offset()) + ": " + std::string(fault.expected()));
             return -1;
         }
     }
@@ -138,7 +139,8 @@ private:
             for (; expected != pages_.end(); ++expected)
                 notInMap(*expected);
         } catch (const CorruptFile& fault) {
-            visitor_.error(fault.page(), fault.what());
+            visitor_.error(fault.page(),
+                           "at byte " + std::to_string(fault.offset()) + ": " + std::string(fault.expected()));
         }
     }
 

@@ -177,7 +177,8 @@ TextCell textCell(char16_t unit) noexcept {
     return {};
 }
 
-std::optional<char16_t> appendTextKey(KeyBytes& key, std::u16string_view text, bool ascending, TextKeys known) {
+std::optional<char16_t> appendTextKey(KeyBytes& key, std::u16string_view text, bool ascending, TextKeys known,
+                                      TwoLetterPlaces places) {
     text = text.substr(0, kMaxUnits);
     text = text.substr(0, text.find_last_not_of(u' ') + 1);
     const std::size_t start = key.size();
@@ -204,7 +205,7 @@ std::optional<char16_t> appendTextKey(KeyBytes& key, std::u16string_view text, b
         }
         for (std::size_t i = 0; i < cell.size; ++i)
             key.push_back(std::byte{cell.code[i]});
-        letter += cell.kind == TextCell::Kind::TwoLetters ? 2 : 1;
+        letter += cell.kind == TextCell::Kind::TwoLetters ? static_cast<std::size_t>(places) : 1;
     }
     tail.appendTo(key);
     if (!ascending) {

@@ -2,6 +2,7 @@
 
 #include "jet/index_key.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string_view>
@@ -24,6 +25,10 @@ struct TextCell {
     std::uint8_t accent = 0;
 };
 TextCell textCell(char16_t unit) noexcept;
+
+/// How many places a TwoLetters unit takes before accents and units apart. The original engine counts two; keys that
+/// count one are written by another program and are only recognised here, never made.
+enum class TwoLetterPlaces : std::size_t { One = 1, Two = 2 };
 
 /// Appends the key of a text, without flag byte:
 ///
