@@ -182,6 +182,13 @@ INSTANTIATE_TEST_SUITE_P(
     }),
     caseName);
 
+// Never made, but recognised: another program takes ß, Æ and Þ for one letter.
+TEST(TextKeyTest, TwoLettersInOnePlace) {
+    KeyBytes key;
+    EXPECT_EQ(appendTextKey(key, u"ß-é", true, TextKeys::All, TwoLetterPlaces::One), std::nullopt);
+    EXPECT_EQ(hex(key), "6b 6b 51 01 02 0e 01 01 01 80 0b 06 82 00");
+}
+
 struct RefusalCase {
     const char* name;
     SortOrder order;
