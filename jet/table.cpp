@@ -76,11 +76,22 @@ const TableDefinition& Table::State::current() {
     if (!loaded_ || !sameShape(definition_, fresh)) {
         rows = RowStore(pager(), environment->allocator, fresh.page, fresh.ownedMap, fresh.freeMap);
         definition_ = std::move(fresh);
+        checked_ = false;
     }
     loaded_ = true;
     epoch_ = pager().epoch();
     schema_ = environment->schemaVersion;
     return definition_;
+}
+
+void Table::State::requireWritableDefinition() {
+    const TableDefinition& table = current();
+    if (!checked_) {
+        requireKnownColumns(table);
+        requireKnownIndexes(table);
+        requireConsistent(table);
+        checked_ = true;
+    }
 }
 
 TableDefinition Table::State::load() const {
@@ -133,9 +144,7 @@ void Table::requireWritable() const {
         refuse(Error::Kind::ReadOnly, table,
                "the database " + platform::toUtf8(state_->pager().path()) + " is open for reading only");
     }
-    requireKnownColumns(table);
-    requireKnownIndexes(table);
-    requireConsistent(table);
+    state_->requireWritableDefinition();
 }
 
 void Table::point(Row& row, RowId id, PageRef page, std::span<const std::byte> bytes) const {

@@ -12,6 +12,8 @@ struct Table::State {
 
     /// Read again when a definition changed or pages went back to an earlier state.
     const TableDefinition& current();
+    /// Throws Error (BadDefinition) when rows of this definition cannot be written without damage.
+    void requireWritableDefinition();
     Pager& pager() const noexcept { return environment->pager; }
     IndexTree tree(std::size_t physicalIndex);
     /// A field of the definition's first page that row operations keep up to date.
@@ -25,7 +27,7 @@ private:
     TableDefinition load() const;
 
     TableDefinition definition_;
-    bool loaded_ = false;
+    bool loaded_ = false, checked_ = false; ///< checked: fit for writing
     std::uint64_t epoch_ = 0, schema_ = 0;
 };
 
