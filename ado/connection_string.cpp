@@ -129,7 +129,9 @@ std::u16string ConnectionString::shown() const {
 std::u16string jetConnectionString(std::u16string_view path) {
     std::u16string text = u"Provider=Microsoft.Jet.OLEDB.4.0;Data Source=";
     const bool plain = path.find(u';') == path.npos && !path.starts_with(u'"') && !path.starts_with(u'\'');
-    if (plain) {
+    // A path that is a connection string already is joined as it stands: the last Data Source is then the file meant.
+    constexpr std::u16string_view kProvider = u"Provider=";
+    if (plain || platform::equalNoCase(path.substr(0, kProvider.size()), kProvider)) {
         return text.append(path);
     }
     text += u'"'; // kept apart from its neighbours; quotes inside are doubled

@@ -27,6 +27,7 @@ private:
 };
 
 /// "Provider=Microsoft.Jet.OLEDB.4.0;Data Source=" + path; a path that holds ";" is put in quotes.
+/// One with this prefix already gets it a second time, which changes nothing.
 [[nodiscard]] std::u16string jetConnectionString(std::u16string_view path);
 
 } // namespace kelb::ado

@@ -76,6 +76,9 @@ std::shared_ptr<SharedDatabase> Environment::share(std::u16string_view path, Acc
         if (shared == nullptr) {
             shared = open(path, identity, wish);
             databases_[identity] = shared;
+            if (options_.dryRun) {
+                kept_.push_back(shared);
+            }
         } else if (wish != AccessWish::Read && !shared->writable()) {
             makeWritable(*shared, wish);
         }
@@ -101,7 +104,7 @@ std::shared_ptr<SharedDatabase> Environment::open(std::u16string_view path, std:
     } catch (const platform::FileError& error) {
         reason = error.what();
     }
-    if (wish != AccessWish::WriteIfPossible || access != jet::Pager::Access::Write) {
+    if (wish == AccessWish::Write || access == jet::Pager::Access::Read) {
         throwCannotOpen(path, reason);
     }
     std::shared_ptr<SharedDatabase> shared = openAs(jet::Pager::Access::Read); // its failure tells more

@@ -59,6 +59,8 @@ private:
     Options options_;
     std::vector<std::unique_ptr<Provider>> providers_;
     std::map<std::string, std::weak_ptr<SharedDatabase>> databases_; ///< by file identity
+    /// Dry run: what was changed goes when the database is closed, so they all stay open to the end of the run.
+    std::vector<std::shared_ptr<SharedDatabase>> kept_;
 };
 
 } // namespace kelb::ado
