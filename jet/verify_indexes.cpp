@@ -141,6 +141,7 @@ private:
 void IndexChecks::run(const RowSet& live) {
     for (Tree& tree : trees_) {
         const PhysicalIndex& index = table_.physicalIndexes[tree.physical];
+        readUsageMap(v_, index.ownedMap, tree.name + ", owned pages"); // its own pages; its members: see checkIndexTree
         Walk walk(v_, table_, tree, live, RowSet(v_, rows_));
         checkIndexTree(v_.pager, {index.root, index.ownedMap, table_.page}, walk);
         walk.finish(table_.page);

@@ -124,6 +124,8 @@ TEST_P(DamagedTree, WorksOrIsReported) {
         const bool clean = findings.text.find("E ") == std::string::npos && std::ranges::equal(findings.entries, model);
         unseen += clean ? 1U : 0U;
         for (const EntryBytes& entry : model) {
+            if (below(random, 10) != 0)
+                continue;
             try {
                 const auto found = sound.tree().find(keyOf(entry));
                 if (clean) {

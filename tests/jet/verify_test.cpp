@@ -792,19 +792,27 @@ TEST(Verify, EveryStructureIsSound) {
     EXPECT_EQ(Patient(soundDatabase()).faults(), "");
 }
 
-TEST(Verify, MapByReferenceIsSound) {
-    Patient patient(soundDatabase());
-    const RowId map = patient.definition().ownedMap;
-    const PageNumber bitmap = addPage(patient);
-    std::byte* const page = patient.at(bitmap, 0);
+/// Makes an inline map one by reference, with the same members.
+void makeReference(Patient& p, RowId map) {
+    const PageNumber bitmap = addPage(p);
+    std::byte* const page = p.at(bitmap, 0);
     page[0] = std::byte{5};
     page[1] = std::byte{1};
-    std::byte* const row = patient.record(map);
-    std::copy(row + 5, patient.recordEnd(map), page + 4 + load32(row + 1) / 8);
-    std::fill(row, patient.recordEnd(map), std::byte{0});
+    std::byte* const row = p.record(map);
+    std::copy(row + 5, p.recordEnd(map), page + 4 + load32(row + 1) / 8);
+    std::fill(row, p.recordEnd(map), std::byte{0});
     row[0] = std::byte{1};
     store32(row + 1, raw(bitmap));
     store32(row + 1 + 4 * 16, 0x12345678); // junk in a word for pages that the file does not have
+}
+
+TEST(Verify, MapsByReferenceAreSound) {
+    Patient patient(soundDatabase());
+    const TableDefinition table = patient.definition();
+    makeReference(patient, table.ownedMap);
+    makeReference(patient, table.freeMap);
+    makeReference(patient, table.longValueMaps.at(0).owned);
+    makeReference(patient, patient.index(table, u"urlidx").ownedMap);
     EXPECT_EQ(patient.faults(), "");
 }
 
