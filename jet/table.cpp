@@ -226,6 +226,11 @@ std::optional<std::size_t> Table::indexOn(const Column& column) const {
 
 std::vector<RowId> Table::lookUp(std::size_t physicalIndex, const Value& value) const {
     const TableDefinition& table = definition();
+    const Column& keyed = *table.columnByNumber(table.physicalIndexes[physicalIndex].columns[0].column);
+    const auto* text = std::get_if<std::u16string>(&value);
+    if (text != nullptr && keyed.type == ColumnType::Text && 2 * text->size() > keyed.length) {
+        return {}; // no row can hold it
+    }
     const RowKey key = makeRowKey(
         table, physicalIndex, [&](const Column& column) -> Value { return convertValue(value, column, table.name); });
     std::vector<RowId> found;

@@ -3,6 +3,7 @@
 #include "jet/table.h"
 #include "jet/table_keys.h"
 #include "jet/table_state.h"
+#include "jet/text_keys.h"
 #include "jet/value_codec.h"
 #include "jet/value_conversion.h"
 
@@ -64,7 +65,7 @@ private:
 struct KeyChange {
     std::size_t index;
     std::optional<KeyBytes> removed;
-    bool removedByRow = false; ///< the old key cannot be made: its entry is looked for by the row
+    bool removedByRow = false; ///< the old key cannot be made for certain: its entry is looked for by the row
     std::optional<KeyBytes> added;
     bool addedIsNew = false; ///< no row has that key yet
 };
@@ -114,6 +115,9 @@ void planAddition(KeyChange& change, const TableDefinition& table, const IndexTr
     if (index.required() && key.anyNull) {
         throw Error(Error::Kind::NullNotAllowed, "a value is required: " + where());
     }
+    if (key.bytes.size() + kRowPointerBytes > kMaxIndexEntry) {
+        throw Error(Error::Kind::KeyNotPossible, "the values are too long for an index: " + where());
+    }
     if (!key.isEntered(index)) {
         return;
     }
@@ -126,9 +130,24 @@ void planAddition(KeyChange& change, const TableDefinition& table, const IndexTr
     change.addedIsNew = !known;
 }
 
+/// Whether another writer may have made another key of it: some count ß and its like as one place.
+bool isKeyedDifferently(const Value& value) {
+    const auto* text = std::get_if<std::u16string>(&value);
+    return text != nullptr && std::any_of(text->begin(), text->end(), [](char16_t unit) {
+               return textCell(unit).kind == TextCell::Kind::TwoLetters;
+           });
+}
+
 void planRemoval(KeyChange& change, const TableDefinition& table, const Row& old) {
     try {
-        RowKey key = makeRowKey(table, change.index, [&](const Column& column) -> Value { return old.value(column); });
+        RowKey key = makeRowKey(table, change.index, [&](const Column& column) -> Value {
+            Value value = old.value(column);
+            change.removedByRow = change.removedByRow || isKeyedDifferently(value);
+            return value;
+        });
+        if (change.removedByRow) {
+            return;
+        }
         if (key.isEntered(table.physicalIndexes[change.index])) {
             change.removed = std::move(key.bytes);
         }

@@ -16,6 +16,7 @@ using testing::autonumber;
 using testing::bytes;
 using testing::column;
 using testing::hex;
+using testing::IndexSpec;
 using testing::TableFixture;
 using Kind = Error::Kind;
 
@@ -354,6 +355,7 @@ TEST(Table, LookingUpByIndex) {
     ASSERT_TRUE(index.has_value());
     EXPECT_EQ(table.lookUp(*index, text(u"SAME")), same);
     EXPECT_EQ(table.lookUp(*index, text(u"none")), std::vector<RowId>{});
+    EXPECT_EQ(table.lookUp(*index, text(256)), std::vector<RowId>{}) << "longer than the field";
     EXPECT_EQ(table.indexOn(*definition.findColumn(u"content")), std::nullopt);
     EXPECT_EQ(table.lookUp(*table.indexOn(*definition.findColumn(u"url")), text(7)).size(), 1U);
     EXPECT_EQ(table.definition().physicalIndexes[1].distinctKeys, 0U) << "as of reading";
@@ -387,6 +389,35 @@ TEST(Table, KeysInAnUnknownOrderHinderNoDeletion) {
     table.update(rows[2], std::vector<Change>{{0, Null{}}});                        // Null has a key in every order
     table.erase(rows[3]);
     f.alter([](TableDefinition& definition) { definition.columns[0].sortOrder = {}; });
+    EXPECT_EQ(f.faults(), "");
+}
+
+TEST(Table, KeysThatAnotherWriterMadeDifferentlyHinderNoDeletion) {
+    TableFixture f;
+    Table& table = f.make(u"t", {column(u"a", ColumnType::Text)}, {{u"ia", {u"a"}, 0x81}});
+    const RowId row = table.insert(std::vector<Value>{text(u"\u00DF-a")});
+    const PhysicalIndex index = table.definition().physicalIndexes[0];
+    IndexTree tree(*f.pager, f.allocator(), {index.root, index.ownedMap, f.definitionPage});
+    Pager::Operation operation(*f.pager);
+    tree.removeRow(row);
+    tree.insert(bytes("7f 6b 6b 4a 01 01 01 01 80 0b 06 82 00"), row); // the hyphen at place 1
+    table.update(row, std::vector<Change>{{0, text(u"b")}});
+    operation.done();
+    EXPECT_EQ(f.faults(), "");
+}
+
+TEST(Table, KeysThatDoNotFitAnIndexPage) {
+    TableFixture f;
+    std::vector<Column> columns;
+    IndexSpec wide{u"wide", {}, 0x80};
+    for (const char16_t* name : {u"a", u"b", u"c", u"d"}) {
+        columns.push_back(column(name, ColumnType::Text));
+        wide.columns.emplace_back(name);
+    }
+    Table& table = f.make(u"t", columns, {wide});
+    const std::vector<Value> row(4, text(255, u'\u7F51'));
+    const std::string refused = refusal(Kind::KeyNotPossible, [&] { table.insert(row); });
+    EXPECT_NE(refused.find("table t, index wide"), std::string::npos) << refused;
     EXPECT_EQ(f.faults(), "");
 }
 
