@@ -1,0 +1,143 @@
+#include "tests/cli/program_fixture.h"
+
+#include "platform/code_page.h"
+#include "platform/utf8.h"
+
+#include <gmock/gmock.h>
+
+#include <chrono>
+#include <thread>
+
+namespace kelb::cli {
+namespace {
+
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::MatchesRegex;
+
+class JobCommands : public ProgramTest {
+protected:
+    JobCommands() {
+        for (const char* database : {"Comb.mdb", "wxdb.mdb"}) {
+            run({"db", "create", at(database)});
+        }
+        run({"db", "exec", at("Comb.mdb"),
+             "create table bbsforum (id int identity(1,1), url varchar(255), content memo, cid int, sT varchar(255), "
+             "sC memo)"});
+        run({"db", "exec", at("wxdb.mdb"),
+             "create table wxAll (id int identity(1,1), url varchar(255), recTime datetime, sT varchar(255), sC memo, "
+             "sA memo, cid int)"});
+    }
+
+    /// Threads 1 to `count` with saved pages.
+    void crawl(int count, int cid = 28) {
+        std::string lines;
+        for (int i = 1; i <= count; ++i) {
+            const std::string name = std::to_string(i) + "-1-1";
+            lines += R"({"url": "http://b/thread-)" + name + R"(.html", "content": "D:\\Crawl\\)" + name +
+                     R"(.htm", "cid": )" + std::to_string(cid) + "}\n";
+            write("lan/crawl/" + name + ".htm", page("第" + name + "个帖子的内容"));
+        }
+        EXPECT_EQ(run({"db", "import", at("Comb.mdb"), "bbsforum"}, lines).status, 0);
+    }
+    static std::string page(const std::string& post) {
+        return "<h1 class=\"ts\"><a href=\"#\">标题</a></h1><div id=\"post_1111\"><td class=\"t_f\">" + post +
+               "</td></tr></table></div><div id=\"post_1112\"><td class=\"t_f\">回复内容一二三</td></tr></table>"
+               "</div><div id=\"post_new\"></div>";
+    }
+    std::vector<std::string> importCommand(std::vector<std::string> more = {}) {
+        std::vector<std::string> words{"forum-import", "--source", at("Comb.mdb"), "--dest", at("wxdb.mdb")};
+        words.insert(words.end(), more.begin(), more.end());
+        return words;
+    }
+    std::string articles() { return run({"db", "query", at("wxdb.mdb"), "select url from wxAll order by id"}).out; }
+};
+
+TEST_F(JobCommands, ForumImportPrintsLogBoxAndSummary) {
+    crawl(2);
+    write("lan/crawl/2-1-1.htm", "no thread");
+    const Outcome outcome = run(importCommand({"--lan-folder", at("lan"), "--quiet"}));
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_EQ(outcome.err, "");
+    EXPECT_THAT(
+        outcome.out,
+        MatchesRegex("totalRec: 2\n"
+                     "提取失败! 第1次,http://b/thread-2-1-1.html,\\|未找到SM\\|未找到SM1\\|无楼层标志!\\|"
+                     "楼层<3，为: 0层\\|split2Floors失败!\n"
+                     "\\[网页内容提取\\] 完成!\n"
+                     "\\{\"job\": \"forum-import\", \"rows\": 2, \"saved\": 1, \"skipped\": 0, \"failed\": 1, "
+                     "\"deletedRows\": 0, \"deletedFiles\": 0, \"overflowFiles\": 0, \"seconds\": [0-9.]+\\}\n"));
+    EXPECT_EQ(articles(), "{\"url\": \"http://b/thread-1-1-1.html\"}\n");
+}
+
+TEST_F(JobCommands, TheSettingsNameDatabasesAndDrives) {
+    crawl(1);
+    write("home/Kelb.ini", "[Setup]\r\nadultFolder=Q:\\\r\n[Drives]\r\nQ=" + at("") + "\r\nZ=" + at("lan") +
+                               "\r\n[Paths]\r\nwxdb=q:\\WXDB.mdb\r\n[Safety]\r\nlogFile=Q:\\kelb.log\r\n");
+    const Outcome outcome = run({"forum-import", "--no-summary", "--lan-folder", "Z:\\"});
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_EQ(outcome.out, "totalRec: 1\n[网页内容提取] 完成!\n");
+    EXPECT_THAT(outcome.err, HasSubstr("1 / 1")) << "progress goes to standard error";
+    EXPECT_EQ(articles(), "{\"url\": \"http://b/thread-1-1-1.html\"}\n");
+    bool logged = false;
+    for (const auto& entry : std::filesystem::directory_iterator(at(""))) {
+        logged = logged || entry.path().filename().string().starts_with("kelb-20");
+    }
+    EXPECT_TRUE(logged);
+}
+
+TEST_F(JobCommands, ForumFillFillsItsOwnTable) {
+    crawl(1, 40);
+    const Outcome outcome = run({"forum-fill", "--source", at("Comb.mdb"), "--lan-folder", at("lan"), "--no-summary"});
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_THAT(outcome.out, EndsWith("完成!\n"));
+    EXPECT_EQ(run({"db", "query", at("Comb.mdb"), "select sT from bbsforum"}).out, "{\"sT\": \"标题\"}\n");
+}
+
+TEST_F(JobCommands, ADryRunTellsTheSameAndChangesNothing) {
+    crawl(3);
+    const std::string source = read("Comb.mdb"), dest = read("wxdb.mdb");
+    const Outcome dry = run(importCommand({"--lan-folder", at("lan"), "--dry-run", "--no-summary"}));
+    EXPECT_EQ(read("Comb.mdb"), source);
+    EXPECT_EQ(read("wxdb.mdb"), dest);
+    const Outcome real = run(importCommand({"--lan-folder", at("lan"), "--no-summary"}));
+    EXPECT_EQ(dry.out, real.out);
+    EXPECT_NE(read("wxdb.mdb"), dest);
+}
+
+TEST_F(JobCommands, AnErrorIsOneLineBehindTheSummary) {
+    run({"db", "exec", at("wxdb.mdb"), "create table other (n integer)"});
+    const Outcome outcome = run({"forum-import", "--source", at("wxdb.mdb"), "--dest", at("wxdb.mdb"), "--quiet"});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(outcome.err, MatchesRegex("kelb: .*wxdb.mdb: no table bbsforum.*\n"));
+    EXPECT_THAT(outcome.out, HasSubstr("\"job\": \"forum-import\", \"rows\": 0"));
+}
+
+TEST_F(JobCommands, AMissingSourceIsNamedAsTheWindowDoes) {
+    const Outcome outcome = run({"forum-import", "--dest", at("wxdb.mdb")});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(outcome.err, testing::StartsWith("kelb: 找不到源数据库: \\Comb.mdb"));
+}
+
+TEST_F(JobCommands, CtrlCStopsAfterTheCurrentRow) {
+    crawl(400);
+    const pid_t process = start(importCommand({"--lan-folder", at("lan"), "--quiet"}));
+    // The count line is printed when the rows begin.
+    for (int tries = 0; read("stdout").empty() && tries < 1000; ++tries) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    kill(process, SIGINT);
+    const Outcome outcome = finish(process);
+    EXPECT_EQ(outcome.status, 3) << outcome.err;
+    EXPECT_THAT(outcome.out, HasSubstr("\"stopped\": true"));
+    EXPECT_EQ(run({"db", "check", at("wxdb.mdb")}).status, 0);
+}
+
+TEST_F(JobCommands, CallAnswersLines) {
+    const Outcome outcome = run({"call"}, "{\"id\": 1, \"op\": \"pubProg.killTagStr\", \"args\": [\"a<b>c\"]}\n");
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_THAT(outcome.out, HasSubstr("\"ac\""));
+}
+
+} // namespace
+} // namespace kelb::cli
