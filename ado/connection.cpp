@@ -109,6 +109,10 @@ void Connection::RollbackTrans() {
     session().rollbackTransaction();
 }
 
+void Connection::flush() {
+    session().flush();
+}
+
 void Connection::flushIfDue() {
     session().flushIfDue();
 }

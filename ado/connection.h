@@ -42,6 +42,8 @@ public:
     void RollbackTrans();
     /// Commits what is older than the commit interval; row loops call it once a row.
     void flushIfDue();
+    /// Commits now: what was changed is on the disk on return.
+    void flush();
 
     Session& session(); ///< throws Error (Connection) when closed
 

@@ -84,6 +84,7 @@ private:
         }
         disposal_->deleteRow(threads_);
         ++summary_.deletedRows;
+        source_.flush(); // a kill must not leave the row without its file
         disposal_->deleteFile(path, location.lanFolder);
         ++summary_.deletedFiles;
         summary_.skip(kNoticePage);

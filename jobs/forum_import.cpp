@@ -156,6 +156,7 @@ private:
         if (pages_.isNotice(page_)) {
             disposal_->deleteRow(threads_);
             ++summary_.deletedRows;
+            source_.flush(); // a kill must not leave the row without its file
             disposal_->deleteFile(path, location.lanFolder);
             ++summary_.deletedFiles;
         }
