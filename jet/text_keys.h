@@ -37,7 +37,6 @@ enum class TwoLetterPlaces : std::size_t { One = 1, Two = 2 };
 /// (descending: all of it complemented and another 00). Only the first 255 units count, trailing blanks do not, nor
 /// does case or width. Returns the first unit for which no key can be made; `key` is then unchanged.
 [[nodiscard]] std::optional<char16_t> appendTextKey(KeyBytes& key, std::u16string_view text, bool ascending,
-                                                    TextKeys known,
-                                                    TwoLetterPlaces places = TwoLetterPlaces::Two);
+                                                    TextKeys known, TwoLetterPlaces places = TwoLetterPlaces::Two);
 
 } // namespace kelb::jet

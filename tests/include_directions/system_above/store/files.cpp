@@ -1,1 +1,1 @@
-#  include <unistd.h>
+#include <unistd.h>

@@ -1,2 +1,2 @@
-#include "app/RWIni.h"
 #include "app/Form1.h"
+#include "app/RWIni.h"
