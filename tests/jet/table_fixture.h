@@ -46,7 +46,7 @@ inline Column autonumber(std::u16string name) {
     return made;
 }
 
-struct IndexSpec {
+struct NewIndexOf {
     std::u16string name;
     std::vector<std::u16string> columns;
     std::uint8_t flags = 0x80; ///< 81 unique, 82 ignores nulls, 88 required
@@ -80,7 +80,7 @@ public:
         return page.number();
     }
 
-    Table& make(std::u16string name, std::vector<Column> columns, const std::vector<IndexSpec>& indexes = {}) {
+    Table& make(std::u16string name, std::vector<Column> columns, const std::vector<NewIndexOf>& indexes = {}) {
         Pager::Operation operation(*pager);
         TableDefinition made;
         made.name = std::move(name);
@@ -102,8 +102,8 @@ public:
             const RowId owned = *next++;
             made.longValueMaps.push_back({each->number, owned, *next++});
         }
-        for (const IndexSpec& spec : indexes)
-            addIndex(made, spec, *next++);
+        for (const NewIndexOf& wanted : indexes)
+            addIndex(made, wanted, *next++);
         writeTableDefinition(*pager, allocator(), made);
         operation.done();
         definitionPage = made.page;
@@ -156,18 +156,18 @@ private:
         editor.add(SlotKind::Row, std::array<std::byte, UsageMap::kNewMapBytes>{});
         operation.done();
     }
-    void addIndex(TableDefinition& made, const IndexSpec& spec, RowId map) {
+    void addIndex(TableDefinition& made, const NewIndexOf& wanted, RowId map) {
         PhysicalIndex physical;
-        for (const std::u16string& name : spec.columns)
+        for (const std::u16string& name : wanted.columns)
             physical.columns.push_back({made.findColumn(name)->number, true});
-        physical.flags = spec.flags;
+        physical.flags = wanted.flags;
         physical.ownedMap = map;
         PageEdit root = allocator().allocate();
         IndexTree::formatRoot(root, made.page);
         UsageMap(*pager, map).add(root.number(), allocator());
         physical.root = root.number();
         LogicalIndex logical;
-        logical.name = spec.name;
+        logical.name = wanted.name;
         logical.physical = static_cast<std::uint32_t>(made.physicalIndexes.size());
         made.physicalIndexes.push_back(physical);
         made.addLogicalIndex(logical);

@@ -16,7 +16,7 @@ using testing::autonumber;
 using testing::bytes;
 using testing::column;
 using testing::hex;
-using testing::IndexSpec;
+using testing::NewIndexOf;
 using testing::TableFixture;
 using Kind = Error::Kind;
 
@@ -409,7 +409,7 @@ TEST(Table, KeysThatAnotherWriterMadeDifferentlyHinderNoDeletion) {
 TEST(Table, KeysThatDoNotFitAnIndexPage) {
     TableFixture f;
     std::vector<Column> columns;
-    IndexSpec wide{u"wide", {}, 0x80};
+    NewIndexOf wide{u"wide", {}, 0x80};
     for (const char16_t* name : {u"a", u"b", u"c", u"d"}) {
         columns.push_back(column(name, ColumnType::Text));
         wide.columns.emplace_back(name);
