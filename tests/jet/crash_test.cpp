@@ -71,6 +71,7 @@ std::optional<std::string> contentLeft(Machine& machine) {
         return std::nullopt;
     const auto database = machine.open();
     EXPECT_FALSE(machine.files.fileExists(journalPath(kPath)));
+    EXPECT_EQ(faultsOf(*database), "");
     return contentOf(*database);
 }
 
@@ -90,6 +91,7 @@ TEST(Crash, AFailingDiskLeavesASavedState) {
         } catch (const platform::FileError&) {
             failed = true;
         }
+        ASSERT_LT(nth, 10000U);
         const std::optional<std::string> content = contentLeft(machine);
         if (!content) {
             ASSERT_EQ(saves, 0U) << nth;
@@ -241,6 +243,7 @@ TEST(Crash, AKilledProgramLosesNothingThatWasSaved) {
         close(ends[0]);
 
         const auto database = Database::open(platform, path, {.access = Pager::Access::Write});
+        EXPECT_EQ(faultsOf(*database), "");
         Table& table = database->table(u"t");
         std::set<std::int32_t> numbers;
         Row row;

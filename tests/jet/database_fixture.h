@@ -2,6 +2,7 @@
 
 #include "jet/database.h"
 #include "jet/value_conversion.h"
+#include "jet/verify.h"
 
 #include "platform/memory_file_system.h"
 #include "platform/random.h"
@@ -71,6 +72,14 @@ inline std::string contentOf(Database& database) {
             text += "\n";
         }
     }
+    return text;
+}
+
+/// What the check of the whole file finds, one fault a line.
+inline std::string faultsOf(Database& database) {
+    std::string text;
+    for (const Fault& fault : verify(database))
+        text += "page " + std::to_string(raw(fault.page)) + ": " + fault.text + "\n";
     return text;
 }
 

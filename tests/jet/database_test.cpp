@@ -370,6 +370,7 @@ TEST(CreateTable, AChineseNameInAChineseFileIsRefusedBeforeAnythingChanges) {
     EXPECT_EQ(table.definition().columns[0].sortOrder.lcid, 0x0804);
     const RowId row = insertRow(table, {u"广州", u"全文"});
     EXPECT_EQ(valueOf(table, row, u"标题"), Value(u"广州"));
+    EXPECT_EQ(faultsOf(*database), "");
 }
 
 TEST(DatabaseTables, LinksAndQueriesAreNamedForWhatTheyAre) {
@@ -414,6 +415,7 @@ protected:
                                   std::u16string(static_cast<std::size_t>(i) * 40, u'm'), std::int16_t(i % 7)}));
         database->commit();
     }
+    void TearDown() override { EXPECT_EQ(faultsOf(*database), ""); }
     void reopen() {
         database->commit();
         database.reset();
@@ -586,6 +588,7 @@ TEST_F(ChangedTable, ADryRunReadsItsChangesBackAndLeavesTheFile) {
     }
     database.reset();
     EXPECT_EQ(machine.files.readFile(kPath), before);
+    database = machine.open(Access::Read);
 }
 
 TEST_F(ChangedTable, NothingIsChangedInADatabaseOpenForReading) {
