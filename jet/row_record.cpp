@@ -120,7 +120,8 @@ std::optional<RowView::Range> RowView::jet3Variable(std::size_t varIndex) const 
 }
 
 std::size_t rowSize(const TableDefinition& definition, std::size_t variableBytes) noexcept {
-    const std::size_t varPart = definition.varColumns == 0 ? 0 : variableBytes + 2 * (definition.varColumns + 2U);
+    const std::size_t varPart =
+        definition.varColumns == 0 ? 0 : variableBytes + 2 * (definition.varColumns + std::size_t{2});
     return std::max(kMinRowBytes, 2 + definition.fixedBytes() + varPart + maskBytes(definition.maxColumns));
 }
 

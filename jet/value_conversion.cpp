@@ -398,7 +398,10 @@ std::optional<Value> convert(const Value& value, const Column& column) {
 Value convertValue(const Value& value, const Column& column, std::u16string_view table) {
     Value storage;
     const Value& conformed = conformValue(value, column, table, storage);
-    return &conformed == &storage ? std::move(storage) : conformed;
+    if (&conformed != &storage) {
+        return conformed;
+    }
+    return storage;
 }
 
 const Value& conformValue(const Value& value, const Column& column, std::u16string_view table, Value& storage) {

@@ -75,12 +75,16 @@ inline std::string contentOf(Database& database) {
     return text;
 }
 
-/// What the check of the whole file finds, one fault a line.
+/// What verify() says, a line each: "E 17/3 text", "W 17 text".
 inline std::string faultsOf(Database& database) {
-    std::string text;
-    for (const Fault& fault : verify(database))
-        text += "page " + std::to_string(raw(fault.page)) + ": " + fault.text + "\n";
-    return text;
+    std::string lines;
+    for (const Fault& fault : verify(database)) {
+        lines += fault.severity == Fault::Severity::Error ? "E " : "W ";
+        lines += std::to_string(raw(fault.page));
+        lines += fault.slot < 0 ? " " : "/" + std::to_string(fault.slot) + " ";
+        lines += fault.text + "\n";
+    }
+    return lines;
 }
 
 /// "kind: message" of the error that `act` throws; empty when it throws none.

@@ -14,18 +14,6 @@
 
 namespace kelb::jet::testing {
 
-/// What verify() says, a line each: "E 17/3 text", "W 17 text".
-inline std::string faultsOf(Database& database) {
-    std::string lines;
-    for (const Fault& fault : verify(database)) {
-        lines += fault.severity == Fault::Severity::Error ? "E " : "W ";
-        lines += std::to_string(raw(fault.page));
-        lines += fault.slot < 0 ? " " : "/" + std::to_string(fault.slot) + " ";
-        lines += fault.text + "\n";
-    }
-    return lines;
-}
-
 inline NewColumn newColumn(std::u16string name, ColumnType type) {
     NewColumn column;
     column.name = std::move(name);
