@@ -7,8 +7,6 @@
 namespace kelb::jet {
 namespace {
 
-constexpr std::size_t kMaxDepth = 40;
-
 std::string name(PageNumber page) {
     return page == kNoPage ? "none" : "page " + std::to_string(raw(page));
 }
@@ -30,8 +28,8 @@ private:
 
     /// Returns the height above the leaves, −1 when it could not be told.
     int visit(PageNumber number, std::size_t depth) {
-        if (depth == kMaxDepth) {
-            visitor_.error(number, "index node: more than 40 levels lie above this page");
+        if (depth == IndexTree::kMaxDepth) {
+            visitor_.error(number, "index node: too many levels lie above this page");
             return -1;
         }
         if (!visitor_.enter(number))

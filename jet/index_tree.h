@@ -19,6 +19,8 @@ namespace kelb::jet {
 /// but that node keys are not smaller than what is below them; whatever is damaged gives CorruptFile.
 class IndexTree {
 public:
+    static constexpr std::size_t kMaxDepth = 40; ///< levels; a deeper tree is a circle
+
     struct Place {
         PageNumber root;      ///< never changes
         RowId ownedMap;       ///< exactly the pages of the tree
@@ -74,8 +76,6 @@ public:
     Cursor lowerBound(std::span<const std::byte> key) const;
 
 private:
-    static constexpr std::size_t kMaxDepth = 40; // each level more doubles the pages at least
-
     struct Step {
         PageNumber page = kNoPage;
         std::size_t position = 0; ///< of the entry taken in the page
