@@ -116,7 +116,7 @@ std::shared_ptr<SharedDatabase> Environment::open(std::u16string_view path, std:
 void Environment::makeWritable(SharedDatabase& database, AccessWish wish) const {
     std::string reason = database.readOnlyReason();
     if (reason.empty() || wish == AccessWish::Write) {
-        if (database.database().use_count() > 1) {
+        if (database.isHeld()) {
             reason = "it is in use for reading in this program";
         } else {
             try {

@@ -164,10 +164,7 @@ bool JetRowSet::updatable() const {
 }
 
 void JetRowSet::requireUpdatable() const {
-    during({"change table", tableName_, database_->path(), {}}, [this] {
-        database_->requireWritable();
-        table().requireWritable();
-    });
+    during({"change table", tableName_, database_->path(), {}}, [this] { database_->requireWritable(table()); });
 }
 
 void JetRowSet::insert(std::span<const FieldChange> changes) {

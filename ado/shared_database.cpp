@@ -48,9 +48,19 @@ const std::shared_ptr<jet::Database>& SharedDatabase::database() const {
 
 void SharedDatabase::requireWritable() const {
     if (!writable()) {
-        throw Error(Error::Kind::ReadOnly, platform::toUtf8(path_) + " is open for reading only" +
+        throw Error(Error::Kind::ReadOnly, "the database is open for reading only" +
                                                (readOnlyReason_.empty() ? std::string() : ": " + readOnlyReason_));
     }
+}
+
+void SharedDatabase::requireWritable(const jet::Table& table) const {
+    constexpr std::uint8_t kSystemTable = 0x53;
+    requireWritable();
+    if (table.definition().tableType == kSystemTable) {
+        throw Error(Error::Kind::ReadOnly, "table " + platform::toUtf8(table.name()) +
+                                               " belongs to Access; a change would break the database");
+    }
+    table.requireWritable();
 }
 
 template <class Tell>
@@ -63,7 +73,7 @@ void SharedDatabase::tellAll(Tell&& tell) const {
 }
 
 void SharedDatabase::reopen(jet::Pager::Access access) {
-    assert(database_.use_count() == 1);
+    assert(!isHeld());
     tellAll([](LiveRows& rows) { rows.releasePages(); });
     ++changeCount_;
     ++definitionVersion_;
@@ -93,7 +103,7 @@ void SharedDatabase::fixOthers(const TableState& state, const LiveRows* by) {
 }
 
 jet::RowId SharedDatabase::insert(jet::Table& table, std::span<const jet::Value> values, const LiveRows* by) {
-    requireWritable();
+    requireWritable(table);
     TableState* state = stateOf(table);
     if (state != nullptr) {
         fixOthers(*state, by);
@@ -119,7 +129,7 @@ jet::RowId SharedDatabase::insert(jet::Table& table, std::span<const jet::Value>
 }
 
 void SharedDatabase::update(jet::Table& table, jet::RowId id, std::span<const jet::Change> changes) {
-    requireWritable();
+    requireWritable(table);
     ++changeCount_;
     table.update(id, changes);
     TableState* state = stateOf(table);
@@ -139,7 +149,7 @@ void SharedDatabase::update(jet::Table& table, jet::RowId id, std::span<const je
 }
 
 void SharedDatabase::erase(jet::Table& table, jet::RowId id, const LiveRows* by) {
-    requireWritable();
+    requireWritable(table);
     TableState* state = stateOf(table);
     if (state != nullptr) {
         fixOthers(*state, by);

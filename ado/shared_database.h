@@ -48,11 +48,15 @@ public:
     bool writable() const { return database()->writable(); }
     /// Throws Error (ReadOnly) with the reason unless writable().
     void requireWritable() const;
+    /// The same for the rows of one table; those that belong to Access are refused. Throws also jet::Error.
+    void requireWritable(const jet::Table& table) const;
     void setReadOnlyReason(std::string reason) { readOnlyReason_ = std::move(reason); }
     const std::string& readOnlyReason() const noexcept { return readOnlyReason_; }
-    /// Closes and opens the file with another access; keysets live on. Requires that nobody else holds database(). On a
+    /// Closes and opens the file with another access; keysets live on. Requires !isHeld(). On a
     /// throw the database is open as before, or not at all when even that fails.
     void reopen(jet::Pager::Access access);
+    /// Somebody else holds database(), or a transaction is open.
+    bool isHeld() const { return database().use_count() > 1 || transactions_ > 0; }
 
     /// Throws jet::Error (NoSuchTable). Valid as long as definitionVersion() stays.
     jet::Table& table(std::u16string_view name) { return database()->table(name); }

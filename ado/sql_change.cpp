@@ -21,8 +21,7 @@ struct Target {
     Target(SharedDatabase& database, const std::u16string& name, std::u16string_view alias)
         : table(database.table(name)),
           fields(fieldsOf(table.definition())), scope{table.definition().name, alias, fields} {
-        database.requireWritable();
-        table.requireWritable();
+        database.requireWritable(table);
     }
     jet::Table& table;
     std::vector<FieldInfo> fields;

@@ -184,6 +184,8 @@ TEST_F(Records, ReadOnlyIsRefusedAtOnce) {
     EXPECT_EQ(errorOf([&] { set.set(u"a", u"x"); })->kind, Error::Kind::ReadOnly);
     EXPECT_EQ(errorOf([&] { set.Delete(); })->kind, Error::Kind::ReadOnly);
     set.Close();
+    Recordset system = open(u"MSysObjects");
+    EXPECT_EQ(errorOf([&] { system.Delete(); })->kind, Error::Kind::ReadOnly);
     Recordset number = open(u"select count(*) as n from t");
     EXPECT_EQ(number.value(u"N"), Value(std::int32_t{3}));
     EXPECT_EQ(number.RecordCount(), 1U);

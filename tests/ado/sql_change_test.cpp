@@ -60,6 +60,7 @@ TEST_F(SqlChange, DoesAllOrNothing) {
         {u"insert into t (n) values (n)", Error::Kind::NoSuchColumn, ""},
         {u"update t set nosuch = 1", Error::Kind::NoSuchColumn, "nosuch"},
         {u"delete from nosuch", Error::Kind::NoSuchTable, "nosuch"},
+        {u"delete from MSysObjects", Error::Kind::ReadOnly, "belongs to Access"},
     };
     for (const auto& [statement, kind, says] : cases) {
         const auto caught = errorOf([&] { execute(statement); });

@@ -139,7 +139,7 @@ TEST(SqlParser, SaysWhereAndWhatItExpected) {
         {u"select * from", 14, "a table"},
         {u"select * from t where", 22, "a column or a value"},
         {u"select * from t where a = 'x", 27, "no closing quote"},
-        {u"select * from t where a = 'it's'", 31, "the end of the statement"},
+        {u"select * from t where a = 'it's'", 32, "no closing quote"}, // an apostrophe that was not doubled
         {u"select * from t where (a = 1", 29, "\")\""},
         {u"select * from t where a in ()", 29, "a column or a value"},
         {u"select * from t where a between 1 or 2", 35, "expected AND"},
