@@ -141,7 +141,7 @@ void Journal::read(PageNumber page, std::span<std::byte> bytes) const {
 
 void Journal::requireFor(const platform::RandomAccessFile& database, std::u16string_view databasePath) const {
     bool same = database.size() >= std::uint64_t{pagesBefore_} * pageSize_;
-    if (same && pagesBefore_ > 0) {
+    if (same && headerPageSum_ != 0) {
         std::vector<std::byte> page(pageSize_);
         database.readAt(0, page);
         same = journalChecksum(page, 0) == headerPageSum_;

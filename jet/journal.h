@@ -26,7 +26,7 @@
 /// | 12 | u32 | page size |
 /// | 16 | u32 | pages of the database before the commit |
 /// | 20 | u32 | entries |
-/// | 24 | u64 | checksum of page 0, which no commit changes: tells a replaced database; 0 when there was no page |
+/// | 24 | u64 | checksum of page 0, which tells a replaced database; 0 when the commit changes that page itself |
 /// | 32 | u64 | checksum of bytes 0 to 31 |
 /// | 40 | entries | u32 page number, the page, u64 checksum running on from the one before |
 namespace kelb::jet {

@@ -110,7 +110,7 @@ void PageStore::writeJournal(std::span<const Change> changes) {
 
     std::vector<std::byte> run(kRunBytes);
     std::uint64_t headerPageSum = 0;
-    if (pageCount_ > 0) {
+    if (pageCount_ > 0 && (old.empty() || old.front().page != PageNumber{0})) {
         read(PageNumber{0}, std::span(run).first(pageSize_));
         headerPageSum = journalChecksum(std::span(run).first(pageSize_), 0);
     }

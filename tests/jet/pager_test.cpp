@@ -303,6 +303,7 @@ TEST(Pager, AFailedCommitLeavesTheOldOrTheNewFileAndEndsTheUse) {
         f.open();
         {
             Pager::Operation operation(*f.pager);
+            f.put(0, 'A');
             f.put(1, 'B');
             f.append('d');
             operation.done();
@@ -328,7 +329,7 @@ TEST(Pager, AFailedCommitLeavesTheOldOrTheNewFileAndEndsTheUse) {
         EXPECT_THROW(f.pager->read(PageNumber{0}), platform::FileError) << nth;
         EXPECT_THROW(f.pager->commit(), platform::FileError) << nth;
         const std::string state = f.inFile();
-        EXPECT_TRUE(state == "abc" || state == "aBcd") << nth << ": " << state;
+        EXPECT_TRUE(state == "abc" || state == "ABcd") << nth << ": " << state;
         f.open();
         EXPECT_EQ(f.seen(), state);
         ASSERT_LT(nth, 100);
