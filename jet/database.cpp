@@ -92,9 +92,15 @@ std::unique_ptr<Table> Database::State::makeTable(std::u16string_view name, Page
     std::function<void(TableDefinition&)> applyProperties;
     if (hasProperties)
         applyProperties = [this](TableDefinition& table) {
-            const Properties properties = catalog.properties(table.page);
-            for (Column& column : table.columns)
-                column.required = properties.isRequired(column.name);
+            try {
+                const Properties properties = catalog.properties(table.page);
+                for (Column& column : table.columns)
+                    column.required = properties.isRequired(column.name);
+            } catch (const CorruptFile&) {
+                // Only what may be written needs to know which columns are required; reading must not fail over that.
+                if (pager.access() != Pager::Access::Read)
+                    throw;
+            }
         };
     return std::make_unique<Table>(std::make_unique<Table::Environment>(
         Table::Environment{pager, allocator, platform.random, header.dialect, header.codePage, std::u16string(name),
@@ -107,9 +113,7 @@ Table& Database::State::tableAt(std::u16string_view name, PageNumber page) {
     });
     if (found != tables.end())
         return *found->table;
-    // Only what may be written needs to know which columns are required; a file being read must not fail over that.
-    const bool hasProperties = pager.access() != Pager::Access::Read;
-    tables.push_back({std::u16string(name), page, makeTable(name, page, hasProperties)});
+    tables.push_back({std::u16string(name), page, makeTable(name, page, true)});
     return *tables.back().table;
 }
 
