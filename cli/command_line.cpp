@@ -99,7 +99,12 @@ int runKelb(int count, const char* const* arguments) {
     } catch (const CLI::Success& request) { // --help, --version
         return kelb.exit(request, std::cout, std::cerr);
     } catch (const CLI::ParseError& error) {
-        return fail(std::string(error.what()) + ". See kelb --help.", kUsage);
+        // A word that is no command is told as a missing one, and the word is left over.
+        const std::vector<std::string> left = kelb.remaining(true);
+        const bool unknown = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr && !left.empty();
+        return fail((unknown ? "there is no command " + left.front() : std::string(error.what())) +
+                        ". See kelb --help.",
+                    kUsage);
     }
     return runChosen(commands, options);
 }

@@ -105,16 +105,16 @@ TEST_F(DbCommands, PrintsRowsInThreeForms) {
 }
 
 TEST_F(DbCommands, TellsTablesAndSchema) {
-    make("id int identity(1,1) not null, url varchar(255), price decimal(10,2), body memo");
+    make("id int identity(1,1), url varchar(255) not null, price decimal(10,2), body memo");
     run({"db", "exec", at("a.mdb"), "create unique index byUrl on t (url desc)"});
     import("{\"url\": \"a\"}\n{\"url\": \"b\"}\n");
     EXPECT_EQ(run({"db", "tables", at("a.mdb")}).out, "table  rows\n-----  ----\nt         2\n");
     EXPECT_EQ(run({"db", "tables", at("a.mdb"), "--json"}).out, "[{\"name\": \"t\", \"rows\": 2}]\n");
     EXPECT_EQ(run({"db", "schema", at("a.mdb"), "T"}).out, "t\n\n"
                                                            "column  type\n"
-                                                           "------  ------------------------\n"
-                                                           "id      long autonumber not null\n"
-                                                           "url     text(255)\n"
+                                                           "------  ------------------\n"
+                                                           "id      long autonumber\n"
+                                                           "url     text(255) not null\n"
                                                            "price   decimal(10,2)\n"
                                                            "body    memo\n"
                                                            "\n"
@@ -123,8 +123,8 @@ TEST_F(DbCommands, TellsTablesAndSchema) {
                                                            "byUrl  url desc  unique\n");
     EXPECT_EQ(run({"db", "schema", at("a.mdb"), "--json"}).out,
               "[{\"name\": \"t\", \"columns\": ["
-              "{\"name\": \"id\", \"type\": \"long\", \"autonumber\": true, \"required\": true}, "
-              "{\"name\": \"url\", \"type\": \"text\", \"size\": 255, \"autonumber\": false, \"required\": false}, "
+              "{\"name\": \"id\", \"type\": \"long\", \"autonumber\": true, \"required\": false}, "
+              "{\"name\": \"url\", \"type\": \"text\", \"size\": 255, \"autonumber\": false, \"required\": true}, "
               "{\"name\": \"price\", \"type\": \"decimal\", \"precision\": 10, \"scale\": 2, \"autonumber\": false, "
               "\"required\": false}, "
               "{\"name\": \"body\", \"type\": \"memo\", \"autonumber\": false, \"required\": false}], "
@@ -200,7 +200,8 @@ INSTANTIATE_TEST_SUITE_P(
         {"bad_sql", {"db", "exec", "a.mdb", "create tabel x"}, 1, "tabel"},
         {"no_command", {}, 2, "subcommand"},
         {"no_db_command", {"db"}, 2, "subcommand"},
-        {"unknown_command", {"frobnicate"}, 2, "frobnicate"},
+        {"unknown_db_command", {"db", "frob"}, 2, "no command frob"},
+        {"unknown_command", {"frobnicate"}, 2, "no command frobnicate"},
         {"unknown_option", {"db", "tables", "a.mdb", "--frob"}, 2, "--frob"},
         {"missing_argument", {"db", "query", "a.mdb"}, 2, "SQL"},
         {"bad_format", {"db", "query", "a.mdb", "t", "--format", "xml"}, 2, "xml"},

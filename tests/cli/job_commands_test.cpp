@@ -29,11 +29,11 @@ protected:
              "sA memo, cid int)"});
     }
 
-    /// Threads 1 to `count` with saved pages.
+    /// `count` threads with saved pages, from number 101 on.
     void crawl(int count, int cid = 28) {
         std::string lines;
         for (int i = 1; i <= count; ++i) {
-            const std::string name = std::to_string(i) + "-1-1";
+            const std::string name = std::to_string(100 + i) + "-1-1";
             lines += R"({"url": "http://b/thread-)" + name + R"(.html", "content": "D:\\Crawl\\)" + name +
                      R"(.htm", "cid": )" + std::to_string(cid) + "}\n";
             write("lan/crawl/" + name + ".htm", page("第" + name + "个帖子的内容"));
@@ -55,19 +55,19 @@ protected:
 
 TEST_F(JobCommands, ForumImportPrintsLogBoxAndSummary) {
     crawl(2);
-    write("lan/crawl/2-1-1.htm", "no thread");
+    write("lan/crawl/102-1-1.htm", "no thread");
     const Outcome outcome = run(importCommand({"--lan-folder", at("lan"), "--quiet"}));
     EXPECT_EQ(outcome.status, 0) << outcome.err;
     EXPECT_EQ(outcome.err, "");
     EXPECT_THAT(
         outcome.out,
         MatchesRegex("totalRec: 2\n"
-                     "提取失败! 第1次,http://b/thread-2-1-1.html,\\|未找到SM\\|未找到SM1\\|无楼层标志!\\|"
+                     "提取失败! 第1次,http://b/thread-102-1-1.html,\\|未找到SM\\|未找到SM1\\|无楼层标志!\\|"
                      "楼层<3，为: 0层\\|split2Floors失败!\n"
                      "\\[网页内容提取\\] 完成!\n"
                      "\\{\"job\": \"forum-import\", \"rows\": 2, \"saved\": 1, \"skipped\": 0, \"failed\": 1, "
                      "\"deletedRows\": 0, \"deletedFiles\": 0, \"overflowFiles\": 0, \"seconds\": [0-9.]+\\}\n"));
-    EXPECT_EQ(articles(), "{\"url\": \"http://b/thread-1-1-1.html\"}\n");
+    EXPECT_EQ(articles(), "{\"url\": \"http://b/thread-101-1-1.html\"}\n");
 }
 
 TEST_F(JobCommands, TheSettingsNameDatabasesAndDrives) {
@@ -78,7 +78,7 @@ TEST_F(JobCommands, TheSettingsNameDatabasesAndDrives) {
     EXPECT_EQ(outcome.status, 0) << outcome.err;
     EXPECT_EQ(outcome.out, "totalRec: 1\n[网页内容提取] 完成!\n");
     EXPECT_THAT(outcome.err, HasSubstr("1 / 1")) << "progress goes to standard error";
-    EXPECT_EQ(articles(), "{\"url\": \"http://b/thread-1-1-1.html\"}\n");
+    EXPECT_EQ(articles(), "{\"url\": \"http://b/thread-101-1-1.html\"}\n");
     bool logged = false;
     for (const auto& entry : std::filesystem::directory_iterator(at(""))) {
         logged = logged || entry.path().filename().string().starts_with("kelb-20");

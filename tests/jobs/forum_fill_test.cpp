@@ -25,10 +25,10 @@ TEST_F(ForumFill, WritesTitleAndBodyIntoTheRow) {
     crawl(u"7-2-1", {u"电磁炉检锅不加热怎么修", u"先量谐振电容"}, 40);
     crawl(u"8-1-1", {u"别的频道不填写", u"先量谐振电容"}, 28);
     const JobSummary summary = fill();
-    EXPECT_THAT(filled(), ElementsAre("标题7-2-1|○维修案例:<br>电磁炉检锅不加热怎么修"
-                                      "<br><br>\r\n<br>∑维修经验: <br>①: 先量谐振电容",
+    EXPECT_THAT(filled(), ElementsAre("标题7-2-1|○维修案例:<br>电磁炉检锅不加热怎么修  "
+                                      "<br><br>\r\n<br>∑维修经验: <br>①: 先量谐振电容  ",
                                       "NULL|NULL"));
-    EXPECT_EQ(host.entries, (Texts{u"totalRec: 1", u"\r\n○维修案例:<br>>①: 先量谐振电容", u"完成!"}));
+    EXPECT_EQ(host.entries, (Texts{u"totalRec: 1", u"\r\n○维修案例:<br>: 先量谐振电容  ", u"完成!"}));
     EXPECT_EQ(host.progress, Texts{u"已处理: 1,还剩于: 0"});
     EXPECT_EQ(summary.saved, 1U);
 }
@@ -44,7 +44,7 @@ TEST_F(ForumFill, StoresAMissingTitleAsAnEmptyText) {
 TEST_F(ForumFill, LogsTheFrontOfAPageWithoutABody) {
     crawl(u"1-1-1", {}, 40); // no file: a page without content
     crawl(u"2-1-1", {}, 40);
-    const std::u16string page = u"<html>" + std::u16string(200, u'页');
+    const std::u16string page = u"<html>" + std::u16string(200, u'量');
     saveFile(u"2-1-1", page);
     const JobSummary summary = fill();
     EXPECT_EQ(host.entries, (Texts{u"totalRec: 2", u"提取失败! 第1次,http://b/thread-1-1-1.html,",

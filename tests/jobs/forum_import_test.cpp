@@ -35,12 +35,14 @@ TEST_F(ForumImport, MakesOneArticleOfThePagesOfAThread) {
     crawl(u"7-3-1", {u"我的也是这样修好的", u"数据收藏了备用"});
     const JobSummary summary = import();
 
-    const std::string body =
-        "○维修案例:<br>液晶电视黑屏，背光亮一下就灭"
-        "<br><br>\r\n<br>∑维修经验: <br>①: 先量变压器的次级"
-        "<br><br>\r\n②: 第三个变压器短路"
-        "<br><br><br><br>\r\n<br>∑维修经验: <br>①: 换了变压器就好了<br><br>\r\n②: 记得换电容"
-        "<br><br><br><br>\r\n<br>∑维修经验: <br>①: 我的也是这样修好的<br><br>\r\n②: 数据收藏了备用";
+    // Each of the two tags behind the cell's own leaves a blank.
+    const std::string body = "○维修案例:<br>液晶电视黑屏，背光亮一下就灭  "
+                             "<br><br>\r\n<br>∑维修经验: <br>①: 先量变压器的次级  "
+                             "<br><br>\r\n②: 第三个变压器短路  "
+                             "<br><br><br><br>\r\n<br>∑维修经验: <br>①: 换了变压器就好了  "
+                             "<br><br>\r\n②: 记得换电容  "
+                             "<br><br><br><br>\r\n<br>∑维修经验: <br>①: 我的也是这样修好的  "
+                             "<br><br>\r\n②: 数据收藏了备用  ";
     EXPECT_THAT(articles(u"url, cid, sT, sC, sA, recTime"),
                 ElementsAre("http://b/thread-7-1-1.html|28|标题7-1-1|" + body + "||2015-12-2 8:30:00"));
     EXPECT_EQ(host.entries, Texts{u"totalRec: 1"});
@@ -165,7 +167,7 @@ struct LengthCase {
 class ForumImportLength : public ForumImport, public testing::WithParamInterface<LengthCase> {};
 
 TEST_P(ForumImportLength, GoesToARowBelow12000) {
-    const std::u16string head = u"○维修案例:<br>", tail = u"<br><br>\r\n<br>∑维修经验: <br>①: 收到了你的数据";
+    const std::u16string head = u"○维修案例:<br>", tail = u"  <br><br>\r\n<br>∑维修经验: <br>①: 收到了你的数据  ";
     const std::u16string post(GetParam().body - head.size() - tail.size(), u'量');
     crawl(u"7-1-1", {post, u"收到了你的数据"});
     const JobSummary summary = import();
@@ -224,18 +226,18 @@ TEST_P(ForumImportLaterPages, TakesTheStoredTextForAMissingFileAndStopsWithoutEi
                 {u"update bbsforum set sC='" + std::u16string(c.secondStored) + u"' where url like '%7-2-1%'"});
     }
     import();
-    EXPECT_THAT(articles(u"sC"), ElementsAre("○维修案例:<br>第一页的内容在这里" + std::string(c.end)));
+    EXPECT_THAT(articles(u"sC"), ElementsAre("○维修案例:<br>第一页的内容在这里  " + std::string(c.end)));
 }
 
-constexpr const char* kSecond = "<br><br><br><br>\r\n<br>∑维修经验: <br>①: 第二页的内容";
-constexpr const char* kThird = "<br><br><br><br>\r\n<br>∑维修经验: <br>①: 第三页的内容";
+constexpr const char* kSecond = "<br><br><br><br>\r\n<br>∑维修经验: <br>①: 第二页的内容  ";
+constexpr const char* kThird = "<br><br><br><br>\r\n<br>∑维修经验: <br>①: 第三页的内容  ";
 
 INSTANTIATE_TEST_SUITE_P(Pages, ForumImportLaterPages,
                          testing::ValuesIn<LaterCase>({
                              {"third_missing_keeps_second", nullptr, true, false, kSecond},
                              {"second_without_either_ends_the_search", nullptr, false, true, ""},
                              {"second_stored_then_third", u"存好的第二页", false, true,
-                              "<br><br>存好的第二页<br><br><br><br>\r\n<br>∑维修经验: <br>①: 第三页的内容"},
+                              "<br><br>存好的第二页<br><br><br><br>\r\n<br>∑维修经验: <br>①: 第三页的内容  "},
                              {"second_stored_empty_then_third", u"", false, true, kThird},
                          }),
                          [](const auto& test) { return std::string(test.param.name); });
@@ -252,12 +254,12 @@ TEST_F(ForumImport, ReplacesEveryPageNumberOfAnAddress) {
 }
 
 TEST_F(ForumImport, StopsBetweenRows) {
-    for (const char16_t* page : {u"1-1-1", u"2-1-1", u"3-1-1"}) {
+    for (const char16_t* page : {u"11-1-1", u"12-1-1", u"13-1-1"}) {
         crawl(page, {u"帖子内容在这里" + std::u16string(page), u"回复内容一二三"});
     }
     host.stopAfter = 2;
     const JobSummary summary = import();
-    EXPECT_THAT(articles(), ElementsAre("http://b/thread-1-1-1.html", "http://b/thread-2-1-1.html"));
+    EXPECT_THAT(articles(), ElementsAre("http://b/thread-11-1-1.html", "http://b/thread-12-1-1.html"));
     EXPECT_TRUE(summary.stopped);
     EXPECT_EQ(summary.rows, 2U);
     EXPECT_EQ(host.entries, Texts{u"totalRec: 3"});
@@ -297,10 +299,10 @@ TEST_F(ForumImport, NeedsAdMarksOnlyForTheFirstPage) {
 }
 
 TEST_F(ForumImport, KeepsTheRowsBeforeAnError) {
-    crawl(u"1-1-1", {u"第一个帖子能读出来", u"回复内容一二三"});
-    crawl(u"2-1-1", {u"第二个帖子的文件坏了", u"回复内容四五六"});
+    crawl(u"11-1-1", {u"第一个帖子能读出来", u"回复内容一二三"});
+    crawl(u"12-1-1", {u"第二个帖子的文件坏了", u"回复内容四五六"});
     files.beforeOperation = [](std::string_view operation, std::u16string_view path) {
-        if (operation == "read" && path.find(u"2-1-1") != path.npos) {
+        if (operation == "read" && path.find(u"12-1-1") != path.npos) {
             throw platform::FileError(platform::FileError::Kind::Other, "read", path, 5, "bad sector");
         }
     };
@@ -308,7 +310,7 @@ TEST_F(ForumImport, KeepsTheRowsBeforeAnError) {
     EXPECT_THROW(importForumThreads({std::u16string(kSource), std::u16string(kDest)}, context({}), host, summary),
                  platform::FileError);
     files.beforeOperation = nullptr;
-    EXPECT_THAT(articles(), ElementsAre("http://b/thread-1-1-1.html"));
+    EXPECT_THAT(articles(), ElementsAre("http://b/thread-11-1-1.html"));
     EXPECT_EQ(summary.saved, 1U);
     EXPECT_EQ(summary.rows, 2U);
 }
