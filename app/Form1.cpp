@@ -51,6 +51,7 @@ Form1::Form1(Parts parts) : parts_(std::move(parts)), ui_(std::make_unique<Ui::F
     connectFields();
     connectMenus();
     connectJobs();
+    showSummary(QString());
     resize(size().boundedTo(screen()->availableSize()));
     say(texts::shown(texts::kReady));
 }
@@ -143,7 +144,7 @@ void Form1::press(const JobButton& job) {
 void Form1::run(const JobButton& job, const QString& caption) {
     running_ = &job;
     showRunning(true);
-    ui_->LabelSummary->clear();
+    showSummary(QString());
     say(texts::shown(texts::kRunning).arg(caption));
     jobs::JobSummary summary(job.job);
     QString error;
@@ -155,7 +156,7 @@ void Form1::run(const JobButton& job, const QString& caption) {
     host_->end();
     running_ = nullptr;
     showRunning(false);
-    ui_->LabelSummary->setText(summaryText(summary, jobText(QLatin1String(job.button))));
+    showSummary(summaryText(summary, jobText(QLatin1String(job.button))));
     if (!error.isEmpty()) {
         say(texts::shown(texts::kFailed).arg(caption));
         parts_.dialogs.error(this, texts::shown(texts::kErrorTitle), error);
@@ -172,17 +173,20 @@ void Form1::runJob(const JobButton& job, jobs::JobSummary& summary) {
     jobs::RunLog runLog(parts_.platform, request.options.logFile);
     host_->begin(findChild<QCheckBox*>(QLatin1String(job.stopBox)), runLog);
     summary.dryRun = request.options.dryRun;
+    const auto secondsSince = [this](double begun) {
+        return parts_.platform.clock.steadySeconds() - begun - host_->waitedSeconds();
+    };
     const double start = parts_.platform.clock.steadySeconds();
     try {
         job.run(request, *host_, summary);
     } catch (const std::exception& failure) {
-        summary.seconds = parts_.platform.clock.steadySeconds() - start;
+        summary.seconds = secondsSince(start);
         const std::u16string entry = fromQt(texts::shown(texts::kErrorEntry)) + platform::fromUtf8(failure.what());
         ui_->Text2->add(entry);
         runLog.addLast(entry);
         throw;
     }
-    summary.seconds = parts_.platform.clock.steadySeconds() - start;
+    summary.seconds = secondsSince(start);
     runLog.flush();
 }
 
@@ -191,6 +195,11 @@ void Form1::showRunning(bool running) {
     ui_->GroupDatabases->setEnabled(!running);
     options_->setEnabled(!running);
     Check1_Click();
+}
+
+void Form1::showSummary(const QString& text) {
+    ui_->LabelSummary->setText(text);
+    ui_->LabelSummary->setVisible(!text.isEmpty());
 }
 
 void Form1::showViewer() {

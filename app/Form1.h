@@ -63,6 +63,7 @@ private:
     void run(const JobButton& job, const QString& caption);
     void runJob(const JobButton& job, jobs::JobSummary& summary);
     void showRunning(bool running);
+    void showSummary(const QString& text);
     void showViewer();
     void showJobsPage();
 

@@ -38,10 +38,15 @@ void JobPanel::arrange() {
         return;
     }
     columns_ = columns;
+    viewport()->setAutoFillBackground(false); // the tab's own ground shows
+    widget()->setAutoFillBackground(false);
     auto* grid = qobject_cast<QGridLayout*>(widget()->layout());
     int row = 0;
     int column = 0;
     for (QGroupBox* group : groupsOf(*widget())) {
+        if (auto* line = qobject_cast<QBoxLayout*>(group->layout()); line != nullptr && isWide(*group)) {
+            line->setDirection(columns == 1 ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
+        }
         grid->removeWidget(group);
         if (column > 0 && isWide(*group)) {
             ++row;

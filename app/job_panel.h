@@ -5,7 +5,8 @@
 namespace kelb::app {
 
 /// The groups of fields and buttons, in two columns where the width allows it and in one where it does not (a small
-/// window, a large scaling). Groups with the property `wide` take a row of their own. What does not fit is scrolled to.
+/// window, a large scaling). Groups with the property `wide` take a row of their own; their buttons stand in a line, or
+/// below each other in one column. What does not fit is scrolled to.
 class JobPanel final : public QScrollArea {
 public:
     explicit JobPanel(QWidget* parent = nullptr) : QScrollArea(parent) {}

@@ -33,6 +33,7 @@ void WindowHost::begin(const QCheckBox* stopBox, jobs::RunLog& runLog) {
     runLog_ = &runLog;
     stopBox_ = stopBox;
     stopAsked_ = false;
+    waited_ = 0;
     text_.clear();
     done_ = total_ = 0;
     const double now = platform_.clock.steadySeconds();
@@ -73,12 +74,17 @@ void WindowHost::showProgress(std::u16string_view text, std::size_t done, std::s
 
 void WindowHost::message(std::u16string_view title, std::u16string_view text) {
     showEverything();
+    const double begun = platform_.clock.steadySeconds();
     dialogs_.message(&widgets_.window, toQt(title), toQt(text));
+    waited_ += platform_.clock.steadySeconds() - begun;
 }
 
 bool WindowHost::confirm(std::u16string_view question) {
     showEverything();
-    return dialogs_.confirm(&widgets_.window, texts::shown(texts::kConfirmTitle), toQt(question));
+    const double begun = platform_.clock.steadySeconds();
+    const bool agreed = dialogs_.confirm(&widgets_.window, texts::shown(texts::kConfirmTitle), toQt(question));
+    waited_ += platform_.clock.steadySeconds() - begun;
+    return agreed;
 }
 
 jobs::PageLocation WindowHost::pages() {

@@ -43,6 +43,8 @@ public:
     void begin(const QCheckBox* stopBox, jobs::RunLog& runLog);
     /// The run has ended: everything that it told is on screen.
     void end();
+    /// How long the run has waited for the user in boxes.
+    double waitedSeconds() const noexcept { return waited_; }
     /// Asks the run to stop, whatever its stop box says.
     void requestStop() noexcept { stopAsked_ = true; }
 
@@ -72,6 +74,7 @@ private:
     bool changed_ = false;
     double pumpedAt_ = 0;
     double shownAt_ = 0;
+    double waited_ = 0;
     QString folderAsTyped_;     ///< `Text1` when it was looked at last …
     std::u16string folderText_; ///< … and what jobs get for it, so that the disk is not asked for every row
 };

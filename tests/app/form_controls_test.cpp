@@ -5,6 +5,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
+#include <QMenuBar>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QTabWidget>
@@ -173,7 +174,30 @@ INSTANTIATE_TEST_SUITE_P(Screens, FormSizes,
                              {"small_laptop", {1280, 740}},
                              {"the_same_at_200_percent", {640, 370}},
                          }),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& each) { return std::string(each.param.name); });
+
+double averageLightness(const QImage& picture) {
+    double sum = 0;
+    for (int y = 0; y < picture.height(); ++y) {
+        for (int x = 0; x < picture.width(); ++x) {
+            sum += qGray(picture.pixel(x, y));
+        }
+    }
+    return sum / picture.width() / picture.height();
+}
+
+TEST_F(FormControls, TakeTheColoursOfADarkDesktop) {
+    const QPalette light = QApplication::palette();
+    QApplication::setStyle("Fusion");
+    QApplication::setPalette(QPalette(QColor(50, 50, 50), QColor(40, 40, 40)));
+    openWindow("Command1",
+               [](const JobRequest&, jobs::JobHost& host, jobs::JobSummary&) { host.log(u"totalRec: 14"); });
+    click("Command1");
+    const QImage picture = form->grab().toImage();
+    form.reset();
+    QApplication::setPalette(light);
+    EXPECT_LT(averageLightness(picture), 90) << "something keeps a light ground";
+}
 
 TEST_F(FormControls, ValuesComeBackAtTheNextStart) {
     openWindow({});

@@ -121,7 +121,7 @@ TEST_F(FormJobs, EscapeTicksTheStopBoxOfTheRunOnly) {
     openWindow("Command1", [&](const JobRequest&, jobs::JobHost& host, jobs::JobSummary& summary) {
         walkUntilStopped(host, summary);
     });
-    QTest::qWaitForWindowActive(form.get());
+    ASSERT_TRUE(QTest::qWaitForWindowActive(form.get()));
     QTest::keyClick(form.get(), Qt::Key_Escape);
     EXPECT_FALSE(find<QCheckBox>("ChkStopFor").isChecked());
     soon([&] { QTest::keyClick(form.get(), Qt::Key_Escape); });

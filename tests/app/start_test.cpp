@@ -25,6 +25,7 @@ protected:
         QProcess process;
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert("XDG_CONFIG_HOME", home.filePath("config"));
+        environment.insert("XDG_RUNTIME_DIR", home.path());
         environment.insert("KELB_HOME", home.path());
         environment.insert("LSAN_OPTIONS", "detect_leaks=0");
         for (const char* display : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
@@ -124,7 +125,7 @@ INSTANTIATE_TEST_SUITE_P(CommandLines, StartOptionsTest,
                              {"switch_with_value", {"--help=1"}, "--help=1", ""},
                              {"stray_word", {"Comb.mdb"}, "Comb.mdb", ""},
                          }),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& each) { return std::string(each.param.name); });
 
 } // namespace
 } // namespace kelb::app

@@ -95,7 +95,11 @@ protected:
         }
         return *found;
     }
-    void click(const char* button) { QTest::mouseClick(&find<QAbstractButton>(button), Qt::LeftButton); }
+    void click(const char* button) {
+        auto& widget = find<QAbstractButton>(button);
+        // A check box answers on its mark and text, which stand at its left end.
+        QTest::mouseClick(&widget, Qt::LeftButton, {}, {std::min(widget.width() / 2, 10), widget.height() / 2});
+    }
     QString statusLine() const { return form->statusBar()->currentMessage(); }
     std::u16string logText() { return find<LogView>("Text2").wholeText(); }
 

@@ -103,7 +103,7 @@ INSTANTIATE_TEST_SUITE_P(Runs, Meter,
                              {"the_last_ten_seconds_count", {{1, 500}, {20, 500}, {30, 600}}, "10 行/秒，剩余 40 秒"},
                              {"a_second_walk_starts_anew", {{10, 900}, {11, 0}, {12, 100}}, "100 行/秒，剩余 9 秒"},
                          }),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& each) { return std::string(each.param.name); });
 
 } // namespace
 } // namespace kelb::app

@@ -1,0 +1,28 @@
+# Sourced by the scripts that work on the example crawls.
+
+# kelb_example KELB FOLDER: fills the folder anew with an application folder, the crawled pages, both crawl databases and an
+# empty article database, made by the built program KELB. Exports KELB_HOME. In the settings, D: stands for the folder.
+kelb_example() {
+    local kelb=$1 out=$2 name
+    local crawl_table="create table bbsforum (id int identity(1,1) NOT NULL, url varchar(255), refurl varchar(255), \
+reftxt varchar(255), content Memo, cid int, sT varchar(255), sC Memo)"
+    local article_table="create table wxAll (id int identity(1,1) NOT NULL, url varchar(255), recTime datetime, \
+sT varchar(255), sC Memo, sA Memo, cid int)"
+
+    rm -rf "$out"
+    mkdir -p "$out/crawl"
+    cp -r examples/home "$out/home"
+    mkdir -p "$out/home/TestRec"
+    cp -r examples/forum examples/knowledge "$out/crawl/"
+    printf '\r\n[Drives]\r\nD=%s\r\n\r\n[Paths]\r\nwxdb=D:\\wxdb.mdb\r\nfillDb=D:\\knowledge.mdb\r\n' "$out" \
+        >>"$out/home/Kelb.ini"
+    export KELB_HOME=$out/home
+
+    for name in forum knowledge; do
+        "$kelb" db create "$out/$name.mdb"
+        "$kelb" db exec "$out/$name.mdb" "$crawl_table" >/dev/null
+        "$kelb" db import "$out/$name.mdb" bbsforum <"examples/$name/pages.jsonl"
+    done
+    "$kelb" db create "$out/wxdb.mdb"
+    "$kelb" db exec "$out/wxdb.mdb" "$article_table" >/dev/null
+}
