@@ -17,10 +17,11 @@ public:
             ->type_name("DB");
         declared()
             .add_option("--lan-folder", lanFolder_,
-                        "Folder below which the page files lie: the stored paths without their drive are put "
-                        "straight behind it. Without it nothing can be filled")
+                        "Folder that holds the page files; without it nothing can be filled")
             ->type_name("DIR");
-        declared().footer("A row whose page is the board's notice page ([Forum] boardName) is deleted, with its page\n"
+        declared().footer("Stored page paths are put behind the LAN folder without their drive: D:\\forum\\a.htm is\n"
+                          "forum/a.htm in it.\n"
+                          "A row whose page is the board's notice page ([Forum] boardName) is deleted, with its page\n"
                           "file: see --trash and --dry-run. Common options: see kelb --help.");
     }
 

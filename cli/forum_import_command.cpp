@@ -16,10 +16,11 @@ public:
         declared().add_option("--dest", dest_, "Database with the table wxAll [[Paths] wxdb]")->type_name("DB");
         declared()
             .add_option("--lan-folder", lanFolder_,
-                        "Folder below which the page files lie: the stored paths without their drive are put "
-                        "straight behind it. Without it nothing can be imported")
+                        "Folder that holds the page files; without it nothing can be imported")
             ->type_name("DIR");
-        declared().footer("Threads that are in wxAll are passed over. An article of 12,000 characters or more goes to\n"
+        declared().footer("Stored page paths are put behind the LAN folder without their drive: D:\\forum\\a.htm is\n"
+                          "forum/a.htm in it.\n"
+                          "Threads that are in wxAll are passed over. An article of 12,000 characters or more goes to\n"
                           "TestRec/StoreN.txt in the application folder. A row whose page is the board's notice page\n"
                           "([Forum] boardName) is deleted, with its page file: see --trash and --dry-run.\n"
                           "Common options: see kelb --help.");

@@ -16,6 +16,7 @@ namespace {
 
 constexpr double kSecondsBetweenLines = 3;
 constexpr double kSecondsBetweenRewrites = 0.1;
+constexpr double kSecondsBeforeEstimate = 0.5;
 constexpr std::size_t kBarColumns = 20;
 
 std::u16string minutes(double seconds) {
@@ -28,7 +29,7 @@ std::u16string minutes(double seconds) {
 } // namespace
 
 ProgressLine::ProgressLine(Style style, platform::Clock& clock, std::ostream& out)
-    : style_(style), clock_(clock), out_(out), begun_(clock.steadySeconds()), shownAt_(begun_) {}
+    : style_(style), clock_(clock), out_(out), shownAt_(clock.steadySeconds()) {}
 
 void ProgressLine::update(std::u16string_view text, std::size_t done, std::size_t total) {
     if (style_ == Style::Off) {
@@ -38,6 +39,9 @@ void ProgressLine::update(std::u16string_view text, std::size_t done, std::size_
     done_ = done;
     total_ = total;
     pending_ = true;
+    if (!begun_) {
+        begun_ = clock_.steadySeconds();
+    }
     const double interval = style_ == Style::Lines ? kSecondsBetweenLines : kSecondsBetweenRewrites;
     if (clock_.steadySeconds() - shownAt_ >= interval) {
         show();
@@ -75,18 +79,20 @@ void ProgressLine::show() {
 }
 
 std::u16string ProgressLine::line(std::size_t columns) const {
-    const double seconds = std::max(clock_.steadySeconds() - begun_, 1e-3);
-    const double rate = static_cast<double>(done_) / seconds;
+    const double seconds = clock_.steadySeconds() - begun_.value_or(0);
     const double share = total_ == 0 ? 1 : std::min(1.0, static_cast<double>(done_) / static_cast<double>(total_));
     std::u16string text;
     if (style_ == Style::Rewriting) {
         const auto filled = static_cast<std::size_t>(share * static_cast<double>(kBarColumns));
         text += u'[' + std::u16string(filled, u'#') + std::u16string(kBarColumns - filled, u'-') + u"] ";
     }
-    text += number(static_cast<long long>(done_)) + u" / " + number(static_cast<long long>(total_)) + u", " +
-            number(static_cast<long long>(rate)) + u" rows/s";
-    if (done_ > 0 && done_ < total_) {
-        text += u", " + minutes(static_cast<double>(total_ - done_) / rate) + u" left";
+    text += number(static_cast<long long>(done_)) + u" / " + number(static_cast<long long>(total_));
+    if (seconds >= kSecondsBeforeEstimate && done_ > 0) {
+        const double rate = static_cast<double>(done_) / seconds;
+        text += u", " + number(static_cast<long long>(rate)) + u" rows/s";
+        if (done_ < total_) {
+            text += u", " + minutes(static_cast<double>(total_ - done_) / rate) + u" left";
+        }
     }
     text += u"  " + text_;
     std::replace_if(

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <iosfwd>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -29,7 +30,7 @@ private:
     Style style_;
     platform::Clock& clock_;
     std::ostream& out_;
-    double begun_;
+    std::optional<double> begun_; ///< at the first update; seconds of the steady clock
     double shownAt_;
     bool onScreen_ = false, pending_ = false;
     std::u16string text_;

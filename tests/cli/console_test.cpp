@@ -40,6 +40,7 @@ TEST(ProgressLine, RewritesItselfAndMakesWay) {
     HandClock clock;
     std::ostringstream out;
     ProgressLine progress(ProgressLine::Style::Rewriting, clock, out);
+    progress.update(u"行", 0, 2);
     clock.seconds += 1;
     progress.update(u"行", 1, 2);
     EXPECT_EQ(out.str(), "\r[##########----------] 1 / 2, 1 rows/s, 0:01 left  行\x1B[K");
