@@ -41,22 +41,22 @@ IndexTree::Cursor IndexTree::lowerBound(std::span<const std::byte> key) const {
 std::optional<RowId> IndexTree::find(std::span<const std::byte> key) const {
     std::size_t position = 0;
     const IndexPageView leaf = leafFor(key, position);
-    if (position == leaf.end()) { // a node key larger than the last entry below it leads here
-        const Cursor cursor(pager_, place_.tablePage, leaf, position);
-        if (cursor.valid() && std::ranges::equal(cursor.key(), key))
-            return cursor.row();
-        return std::nullopt;
+    // A node key larger than the last entry below it leads behind the end of a leaf.
+    if (position != leaf.end()) {
+        const IndexEntryView entry = leaf.entry(position);
+        if (entry.size() == key.size() + kRowPointerBytes && entry.compare(key, kRowPointerBytes) == 0)
+            return RowId::unpack(entry.lastWord());
     }
-    const IndexEntryView entry = leaf.entry(position);
-    if (entry.size() != key.size() + kRowPointerBytes || entry.compare(key, kRowPointerBytes) != 0)
+    Cursor cursor(pager_, place_.tablePage, leaf, position);
+    if (!cursor.seek(key))
         return std::nullopt;
-    return RowId::unpack(entry.lastWord());
+    return cursor.row();
 }
 
 bool IndexTree::contains(std::span<const std::byte> key, std::optional<RowId> except) const {
     if (!except)
         return find(key).has_value();
-    for (Cursor cursor = lowerBound(key); cursor.valid() && std::ranges::equal(cursor.key(), key); cursor.next()) {
+    for (Cursor cursor = lowerBound(key); cursor.seek(key); cursor.next()) {
         if (cursor.row() != *except)
             return true;
     }
@@ -74,6 +74,14 @@ IndexTree::Cursor::Cursor(Pager& pager, PageNumber tablePage, IndexPageView leaf
 void IndexTree::Cursor::next() {
     position_ = leaf_.after(position_);
     load();
+}
+
+bool IndexTree::Cursor::seek(std::span<const std::byte> key) {
+    for (; valid_ && entry_.size() >= key.size() && std::equal(key.begin(), key.end(), entry_.begin()); next()) {
+        if (entry_.size() == key.size() + kRowPointerBytes)
+            return true;
+    }
+    return false;
 }
 
 /// Shows the entry at the position, which may lie on a further leaf.

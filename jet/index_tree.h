@@ -56,6 +56,9 @@ public:
         std::span<const std::byte> key() const noexcept { return {entry_.data(), entry_.size() - kRowPointerBytes}; }
         RowId row() const noexcept { return row_; }
         void next();
+        /// Goes on, from the entry shown, to one whose key is exactly `key`; false when there is none. Longer keys
+        /// that begin alike are passed over: the key of an empty binary value begins those of all others.
+        bool seek(std::span<const std::byte> key);
 
     private:
         friend class IndexTree;

@@ -234,8 +234,7 @@ std::vector<RowId> Table::lookUp(std::size_t physicalIndex, const Value& value) 
     const RowKey key = makeRowKey(
         table, physicalIndex, [&](const Column& column) -> Value { return convertValue(value, column, table.name); });
     std::vector<RowId> found;
-    for (auto cursor = state_->tree(physicalIndex).lowerBound(key.bytes);
-         cursor.valid() && std::ranges::equal(cursor.key(), key.bytes); cursor.next()) {
+    for (auto cursor = state_->tree(physicalIndex).lowerBound(key.bytes); cursor.seek(key.bytes); cursor.next()) {
         found.push_back(cursor.row());
     }
     return found;
