@@ -166,6 +166,26 @@ TEST_F(Connecting, CloseAndTheIntervalSave) {
     EXPECT_NE(files.readFile(path), after);
 }
 
+TEST_F(Connecting, AFullDiskIsToldAndTakesNothingSaved) {
+    connection->Close();
+    connection->Open(path);
+    execute(u"insert into t values ('y')");
+    files.beforeOperation = [](std::string_view operation, std::u16string_view file) {
+        if (operation == "write") {
+            throw platform::FileError(platform::FileError::Kind::NoSpace, operation, file, 28, "the disk is full");
+        }
+    };
+    const auto caught = errorOf([&] { connection->Close(); });
+    ASSERT_TRUE(caught);
+    EXPECT_EQ(caught->kind, Error::Kind::Io);
+    EXPECT_NE(caught->text.find("the disk is full"), std::string::npos) << caught->text;
+    EXPECT_EQ(connection->State(), ObjectState::Closed);
+    files.beforeOperation = nullptr;
+    connection->Open(path);
+    EXPECT_EQ(rows(u"select * from t"), "x");
+    EXPECT_EQ(faults(), "");
+}
+
 TEST_F(Connecting, ListsTheTables) {
     execute(u"create table 表 (a int)");
     execute(u"create table B (a int)");
