@@ -1,7 +1,6 @@
 #include "jobs/job_summary.h"
 
 #include "jobs/row_text.h"
-#include "platform/text.h"
 #include "platform/utf8.h"
 
 #include <algorithm>
@@ -83,29 +82,6 @@ std::string toJson(const JobSummary& summary) {
         object.addText("note", summary.note);
     }
     return object.done();
-}
-
-std::u16string describe(const JobSummary& summary) {
-    std::u16string text = platform::fromUtf8(summary.job);
-    const auto count = [&text](std::u16string_view label, std::size_t number) {
-        text += label;
-        text += platform::number(static_cast<long long>(number));
-    };
-    count(u": 共 ", summary.rows);
-    count(u" 行, 保存 ", summary.saved);
-    count(u", 跳过 ", summary.skipped);
-    count(u", 失败 ", summary.failed);
-    count(u", 删除行 ", summary.deletedRows);
-    count(u", 删除文件 ", summary.deletedFiles);
-    count(u", 溢出文件 ", summary.overflowFiles);
-    text += u", 用时 " + platform::fromUtf8(withThreeDigits(summary.seconds)) + u" 秒";
-    for (const auto& [reason, number] : summary.skippedBecause) {
-        count(u"; " + platform::fromUtf8(reason) + u": ", number);
-    }
-    if (!summary.note.empty()) {
-        text += u"; " + platform::fromUtf8(summary.note);
-    }
-    return text;
 }
 
 } // namespace kelb::jobs

@@ -32,7 +32,5 @@ struct JobSummary {
 
 /// One line: {"job": "forum-import", "rows": 12, …}. The last five members only where there is something to tell.
 [[nodiscard]] std::string toJson(const JobSummary& summary);
-/// One line for the window.
-[[nodiscard]] std::u16string describe(const JobSummary& summary);
 
 } // namespace kelb::jobs

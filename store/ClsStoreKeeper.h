@@ -70,9 +70,8 @@ public:
                     platform::UiPump& events);
 
     const std::u16string& errorText() const noexcept { return errorText_; }
-    /// Path and length (bytes) of the file that store2Disk wrote last, and characters replaced by "?" in all of them.
+    /// Path of the file that store2Disk wrote last, and characters replaced by "?" in all of them.
     const std::u16string& lastStoredFile() const noexcept { return lastStoredFile_; }
-    std::size_t lastStoredBytes() const noexcept { return lastStoredBytes_; }
     std::size_t replacedCharacters() const noexcept { return replacedCharacters_; }
 
 private:
@@ -95,7 +94,6 @@ private:
     std::int16_t fileNumber_ = 0;
     std::u16string errorText_;
     std::u16string lastStoredFile_;
-    std::size_t lastStoredBytes_ = 0;
     std::size_t replacedCharacters_ = 0;
 };
 

@@ -35,10 +35,8 @@ void ClsStoreKeeper::store2Disk(std::u16string_view content, std::u16string_view
     std::u16string text(caption);
     text += u" 保存了本文件。\r\n";
     text += content;
-    const std::string bytes = platform::encode936(text, &replacedCharacters_);
-    platform_.files.writeFile(path, bytes);
+    platform_.files.writeFile(path, platform::encode936(text, &replacedCharacters_));
     lastStoredFile_ = path;
-    lastStoredBytes_ = bytes.size();
 }
 
 } // namespace kelb::store

@@ -280,6 +280,24 @@ TEST_F(ForumImport, NamesAllThatIsMissingBeforeItStarts) {
     EXPECT_THAT(host.entries, IsEmpty());
 }
 
+TEST_F(ForumImport, RefusesASourceThatItMayHaveToChangeAndCannot) {
+    crawl(u"17-1-1", {u"只读的源库也能取出内容", u"回复内容一二三"});
+    std::string bytes = files.readFile(kSource);
+    bytes[0x14] = 2; // a file of Access 2007 is read, not written
+    files.writeFile(kSource, bytes);
+    EXPECT_THROW(import({{u"Forum.boardName", u"维修论坛"}}), ado::Error);
+    EXPECT_THAT(articles(), IsEmpty());
+    EXPECT_THAT(host.entries, IsEmpty());
+}
+
+TEST_F(ForumImport, ReadsASourceThatItNeverChanges) {
+    crawl(u"17-1-1", {u"只读的源库也能取出内容", u"回复内容一二三"});
+    std::string bytes = files.readFile(kSource);
+    bytes[0x14] = 2;
+    files.writeFile(kSource, bytes);
+    EXPECT_EQ(import({}).saved, 1U) << "without a board name no page is a notice page, and nothing is deleted";
+}
+
 TEST_F(ForumImport, SaysWhereItLookedForTheSource) {
     JobSummary summary(kForumImportJob);
     try {
