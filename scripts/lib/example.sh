@@ -9,6 +9,10 @@ reftxt varchar(255), content Memo, cid int, sT varchar(255), sC Memo)"
     local article_table="create table wxAll (id int identity(1,1) NOT NULL, url varchar(255), recTime datetime, \
 sT varchar(255), sC Memo, sA Memo, cid int)"
 
+    if [ -e "$out" ] && [ -n "$(ls -A "$out" 2>/dev/null)" ] && ! [ -e "$out/home/Kelb.ini" ]; then
+        echo "$out holds other files: name a folder that is empty, not there yet or made by an earlier run" >&2
+        return 1
+    fi
     rm -rf "$out"
     mkdir -p "$out/crawl"
     cp -r examples/home "$out/home"
