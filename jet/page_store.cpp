@@ -25,7 +25,9 @@ PageStore::PageStore(platform::FileSystem& files, const std::u16string& path,
     const std::uint64_t size = file_->size();
     pageCount_ = overlay_ ? overlay_->pagesBefore()
                           : static_cast<std::uint32_t>(std::min<std::uint64_t>(size / pageSize_, kMaxPages));
-    if (access == Pager::Access::Write && size % pageSize_ != 0)
+    if (!overlay_)
+        strayBytes_ = size % pageSize_;
+    if (access == Pager::Access::Write && strayBytes_ != 0)
         throw CorruptFile(path_, PageNumber{pageCount_}, 0,
                           "the file ends inside a page (" + std::to_string(size) +
                               " bytes); it can be read but not written");

@@ -29,6 +29,7 @@ public:
               Pager::Access access, std::size_t pageSize);
 
     std::uint32_t pageCount() const noexcept { return pageCount_; }
+    std::size_t strayBytes() const noexcept { return strayBytes_; }
     /// Fills `bytes` with whole pages from `first` on. Requires that they are below pageCount(). Throws FileError.
     void read(PageNumber first, std::span<std::byte> bytes) const;
 
@@ -49,6 +50,7 @@ private:
     std::size_t pageSize_;
     bool scratch_;
     std::uint32_t pageCount_ = 0;
+    std::size_t strayBytes_ = 0; ///< behind the last whole page
     std::optional<Journal> overlay_;
     std::unique_ptr<platform::RandomAccessFile> scratchFile_; ///< made at the first commit
     std::vector<std::uint32_t> scratchSlot_;                  ///< by page: 1 + slot in the temporary file, 0 = none

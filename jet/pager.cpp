@@ -262,6 +262,10 @@ std::uint32_t Pager::pageCount() const noexcept {
     return static_cast<std::uint32_t>(state_->table.size());
 }
 
+std::size_t Pager::strayBytes() const noexcept {
+    return state_->store.strayBytes();
+}
+
 PageRef Pager::read(PageNumber number) {
     Frame* frame = raw(number) < state_->table.size() ? state_->table[raw(number)] : nullptr;
     if (frame == nullptr)

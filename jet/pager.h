@@ -106,6 +106,7 @@ public:
     std::size_t pageSize() const noexcept { return options_.pageSize; }
     Access access() const noexcept { return options_.access; }
     std::uint32_t pageCount() const noexcept; ///< pages appended but not committed included
+    std::size_t strayBytes() const noexcept;  ///< of a partial page at the end of the file, which is not counted
 
     /// Throws CorruptFile when `number` is past the end, FileError when the read fails.
     PageRef read(PageNumber number);

@@ -108,6 +108,9 @@ void checkReadable(Verification& v, const std::vector<CatalogEntry>& tables) {
 
 std::vector<Fault> verify(Database& database) {
     Verification v(database);
+    if (const std::size_t stray = v.pager.strayBytes(); stray != 0)
+        v.error(PageNumber{v.pager.pageCount()},
+                "the file should end with a whole page, this one has " + std::to_string(stray) + " bytes");
     const std::vector<CatalogEntry> tables = tablesOfCatalog(v);
     if (database.dialect() == Dialect::Jet3) {
         checkReadable(v, tables);

@@ -15,6 +15,13 @@ TEST_P(DamagedPages, AreReported) {
 INSTANTIATE_TEST_SUITE_P(
     Maps, DamagedPages,
     ::testing::ValuesIn<Damage>({
+        {"file_ends_inside_a_page",
+         [](Patient& p) {
+             const PageNumber past{static_cast<std::uint32_t>(p.bytes.size() / kPageSize)};
+             p.bytes.append(100, 'x');
+             return past;
+         },
+         "E", "the file should end with a whole page, this one has 100 bytes"},
         {"global_map_elsewhere", turn(page(0), 0x18, 1), "E", "the map of free pages should be on page 1, slot 0"},
         {"page_of_two_owners",
          [](Patient& p) {
