@@ -52,6 +52,9 @@ public:
         start({});
     }
 
+    /// A test's hook may refer to variables that are gone when the connection is closed.
+    void TearDown() override { files.beforeOperation = nullptr; }
+
     /// A new run of the program.
     void start(Environment::Options options) {
         connection.reset();
