@@ -46,6 +46,8 @@ std::optional<RowId> IndexTree::find(std::span<const std::byte> key) const {
         const IndexEntryView entry = leaf.entry(position);
         if (entry.size() == key.size() + kRowPointerBytes && entry.compare(key, kRowPointerBytes) == 0)
             return RowId::unpack(entry.lastWord());
+        if (entry.size() < key.size() || entry.compare(key, entry.size() - key.size()) != 0)
+            return std::nullopt; // it does not even begin with the key, so no entry does
     }
     Cursor cursor(pager_, place_.tablePage, leaf, position);
     if (!cursor.seek(key))

@@ -202,6 +202,24 @@ TEST_F(IndexTreeTest, ContainsExceptOneRow) {
     EXPECT_TRUE(tree().contains(longKey(1), RowId{PageNumber{20}, 1}));
 }
 
+// An empty binary value has a key of its flag byte alone, so its row pointers stand among the data of other keys.
+TEST_F(IndexTreeTest, FindsAKeyThatBeginsOthers) {
+    const KeyBytes empty(1, std::byte{0x7F});
+    std::set<EntryBytes> model;
+    for (std::uint32_t i = 0; i < 1000; ++i)
+        model.insert(entryOf(longKey(i << 20), {PageNumber{20}, 1}));
+    for (const EntryBytes& entry : model)
+        insert(entry);
+    EXPECT_EQ(tree().find(empty), std::nullopt);
+    for (const RowId row : {RowId{PageNumber{0x801234}, 1}, RowId{PageNumber{0x831234}, 1}}) {
+        insert(entryOf(empty, row));
+        EXPECT_EQ(tree().find(empty), row);
+        EXPECT_FALSE(tree().contains(empty, row));
+        remove(entryOf(empty, row));
+    }
+    expectHolds(model);
+}
+
 TEST_F(IndexTreeTest, RemovesByRowAlone) {
     auto model = load(2000);
     insert(entryOf(longKey(1001), {PageNumber{77}, 9}));
