@@ -10,12 +10,12 @@
 #include "app/window_host.h"
 #include "jobs/run_log.h"
 #include "platform/clock.h"
+#include "platform/file_system.h"
 #include "platform/text.h"
 #include "platform/utf8.h"
 #include "ui_Form1.h"
 
 #include <QCloseEvent>
-#include <QFileInfo>
 #include <QFontDatabase>
 #include <QScreen>
 #include <QShortcut>
@@ -80,10 +80,19 @@ void Form1::fillFields() {
     ui_->Combo2->setCurrentText(toQt(configuration.text(Setting::ForumFillCid)));
 }
 
+/// Where a chooser begins: at the field's path on this machine.
+QString Form1::startOf(const PathField& field) const {
+    try {
+        return toQt(parts_.platform.files.nativePath(fromQt(field.text())));
+    } catch (const platform::FileError&) { // a drive without a mapping: nowhere in particular
+        return {};
+    }
+}
+
 void Form1::connectFields() {
     const auto chooses = [this](QPushButton& browse, PathField& field, const char* title) {
         connect(&browse, &QPushButton::clicked, this, [this, &field, title] {
-            const QString path = parts_.dialogs.openFile(this, texts::shown(title), QFileInfo(field.text()).path(),
+            const QString path = parts_.dialogs.openFile(this, texts::shown(title), startOf(field),
                                                          texts::shown(texts::kDatabaseFilter));
             if (!path.isEmpty()) {
                 field.setChosen(path);
@@ -93,7 +102,8 @@ void Form1::connectFields() {
     chooses(*ui_->BrowseSource, *ui_->TextSource, texts::kChooseSource);
     chooses(*ui_->BrowseDestination, *ui_->Text3, texts::kChooseDestination);
     connect(ui_->BrowseFolder, &QPushButton::clicked, this, [this] {
-        const QString folder = parts_.dialogs.openFolder(this, texts::shown(texts::kChooseFolder), ui_->Text1->text());
+        const QString folder =
+            parts_.dialogs.openFolder(this, texts::shown(texts::kChooseFolder), startOf(*ui_->Text1));
         if (!folder.isEmpty()) {
             ui_->Text1->setChosen(folder);
         }

@@ -21,6 +21,7 @@ class Form1;
 
 namespace kelb::app {
 
+class PathField;
 class RememberedFields;
 class RunOptionsMenu;
 class UserDialogs;
@@ -55,6 +56,7 @@ protected:
 
 private:
     void fillFields();
+    QString startOf(const PathField& field) const;
     void connectFields();
     void connectMenus();
     void connectJobs();

@@ -17,12 +17,16 @@ std::vector<JobButton> jobButtons(JobContexts& contexts) {
     return {
         {"Command1", kStop, jobs::kForumImportJob,
          [&contexts](const JobRequest& request, jobs::JobHost& host, jobs::JobSummary& summary) {
-             jobs::importForumThreads({.source = request.source, .dest = request.destination},
-                                      contexts.forRun(request.options), host, summary);
+             contexts.run(request.options, [&](jobs::Context& context) {
+                 jobs::importForumThreads({.source = request.source, .dest = request.destination}, context, host,
+                                          summary);
+             });
          }},
         {"Command15", kStop, jobs::kForumFillJob,
          [&contexts](const JobRequest& request, jobs::JobHost& host, jobs::JobSummary& summary) {
-             jobs::fillForumThreads({.source = request.source}, contexts.forRun(request.options), host, summary);
+             contexts.run(request.options, [&](jobs::Context& context) {
+                 jobs::fillForumThreads({.source = request.source}, context, host, summary);
+             });
          }},
         {"Command12", kStop},
         {"Command13", kNoStop},

@@ -2,33 +2,28 @@
 
 #include "platform/memory_file_system.h"
 
+#include <memory>
+
 namespace kelb::app {
 
-struct JobContexts::DryRun {
-    DryRun(const platform::Platform& platform, const jobs::Configuration& configuration)
-        : files(platform::makeDryRunFileSystem(platform.files)),
-          context({*files, platform.clock, platform.random, platform.applicationFolder}, configuration,
-                  {.dryRun = true, .ignoreLockFile = false}) {}
-
-    std::unique_ptr<platform::FileSystem> files;
-    jobs::Context context;
-};
-
 JobContexts::JobContexts(platform::Platform& platform, const jobs::Configuration& configuration)
-    : platform_(platform),
-      program_(std::make_unique<jobs::Context>(platform, configuration, ado::Environment::Options())) {}
+    : platform_(platform), program_(platform, configuration, ado::Environment::Options()) {}
 
-JobContexts::~JobContexts() = default;
-
-jobs::Context& JobContexts::forRun(const RunOptions& options) {
-    jobs::Context* context = program_.get();
+void JobContexts::run(const RunOptions& options, const std::function<void(jobs::Context&)>& job) {
     if (options.dryRun) {
-        dryRun_.reset();
-        dryRun_ = std::make_unique<DryRun>(platform_, program_->configuration());
-        context = &dryRun_->context;
+        runDry(options, job);
+        return;
     }
-    context->setTrashFolder(options.trashFolder);
-    return *context;
+    program_.setTrashFolder(options.trashFolder);
+    job(program_);
+}
+
+void JobContexts::runDry(const RunOptions& options, const std::function<void(jobs::Context&)>& job) {
+    const std::unique_ptr<platform::FileSystem> overlay = platform::makeDryRunFileSystem(platform_.files);
+    jobs::Context context({*overlay, platform_.clock, platform_.random, platform_.applicationFolder},
+                          program_.configuration(), {.dryRun = true, .ignoreLockFile = false});
+    context.setTrashFolder(options.trashFolder);
+    job(context);
 }
 
 } // namespace kelb::app

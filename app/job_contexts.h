@@ -4,7 +4,7 @@
 #include "jobs/context.h"
 #include "platform/platform.h"
 
-#include <memory>
+#include <functional>
 
 namespace kelb::app {
 
@@ -14,17 +14,16 @@ class JobContexts {
 public:
     /// `platform` and what it refers to outlive this.
     JobContexts(platform::Platform& platform, const jobs::Configuration& configuration);
-    ~JobContexts();
 
-    /// Valid until the next call. A dry run starts from what is on the disk now, not from the last dry run's changes.
-    jobs::Context& forRun(const RunOptions& options);
-    jobs::Context& program() noexcept { return *program_; }
+    /// Hands the run its context. That of a dry run ends with it: the next run starts from what is on the disk.
+    void run(const RunOptions& options, const std::function<void(jobs::Context&)>& job);
+    jobs::Context& program() noexcept { return program_; }
 
 private:
-    struct DryRun;
+    void runDry(const RunOptions& options, const std::function<void(jobs::Context&)>& job);
+
     platform::Platform& platform_;
-    std::unique_ptr<jobs::Context> program_;
-    std::unique_ptr<DryRun> dryRun_;
+    jobs::Context program_;
 };
 
 } // namespace kelb::app

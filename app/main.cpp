@@ -9,6 +9,7 @@
 
 #include <QApplication>
 #include <QFileInfo>
+#include <QIcon>
 #include <QLibraryInfo>
 #include <QSettings>
 #include <QTimer>
@@ -154,5 +155,6 @@ int main(int count, char** arguments) {
     std::optional<DisplayCheck> check(std::in_place);
     QApplication application(count, arguments);
     check.reset();
+    QApplication::setWindowIcon(QIcon(":/app/icon.png"));
     return runProgram(*options);
 }

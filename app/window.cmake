@@ -33,6 +33,7 @@ endif()
 # The form is generated from its file alone: it need not wait for the libraries.
 set_target_properties(kelb_window PROPERTIES AUTOMOC ON AUTOUIC ON AUTOGEN_ORIGIN_DEPENDS OFF)
 
-add_executable(KelbExtractor app/main.cpp)
+add_executable(KelbExtractor app/main.cpp app/app.qrc)
+set_target_properties(KelbExtractor PROPERTIES AUTORCC ON)
 target_compile_definitions(KelbExtractor PRIVATE KELB_VERSION="${PROJECT_VERSION}")
 target_link_libraries(KelbExtractor PRIVATE kelb_window kelb_warnings)
