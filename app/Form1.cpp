@@ -28,12 +28,9 @@ namespace kelb::app {
 
 using jobs::Setting;
 
-Form1::Form1(Parts parts) : parts_(std::move(parts)), ui_(std::make_unique<Ui::Form1>()), status_(new QLabel(this)) {
+Form1::Form1(Parts parts) : parts_(std::move(parts)), ui_(std::make_unique<Ui::Form1>()) {
     ui_->setupUi(this);
     applyTexts(*this);
-    status_->setObjectName("LabelStatus");
-    status_->setTextFormat(Qt::PlainText);
-    statusBar()->addWidget(status_, 1);
     ui_->SSTab1->setTabText(0, texts::shown(texts::kTabJobs));
     ui_->SSTab1->setTabText(1, texts::shown(texts::kTabSpare));
     ui_->Text1->setHolds(PathField::Holds::Folder);
@@ -50,8 +47,7 @@ Form1::Form1(Parts parts) : parts_(std::move(parts)), ui_(std::make_unique<Ui::F
     options_ = new RunOptionsMenu(*this, *ui_->Text2, parts_.dialogs, parts_.remembered,
                                   {.dryRun = false,
                                    .trashFolder = parts_.configuration.text(Setting::SafetyTrash),
-                                   .logFile = parts_.configuration.text(Setting::SafetyLogFile)},
-                                  [this](const QString& text) { say(text); });
+                                   .logFile = parts_.configuration.text(Setting::SafetyLogFile)});
     connectFields();
     connectMenus();
     connectJobs();
@@ -66,7 +62,7 @@ Form1::~Form1() {
 }
 
 void Form1::say(const QString& text) {
-    status_->setText(text);
+    statusBar()->showMessage(text);
 }
 
 void Form1::fillFields() {
