@@ -28,9 +28,12 @@ namespace kelb::app {
 
 using jobs::Setting;
 
-Form1::Form1(Parts parts) : parts_(std::move(parts)), ui_(std::make_unique<Ui::Form1>()) {
+Form1::Form1(Parts parts) : parts_(std::move(parts)), ui_(std::make_unique<Ui::Form1>()), status_(new QLabel(this)) {
     ui_->setupUi(this);
     applyTexts(*this);
+    status_->setObjectName("LabelStatus");
+    status_->setTextFormat(Qt::PlainText);
+    statusBar()->addWidget(status_, 1);
     ui_->SSTab1->setTabText(0, texts::shown(texts::kTabJobs));
     ui_->SSTab1->setTabText(1, texts::shown(texts::kTabSpare));
     ui_->Text1->setHolds(PathField::Holds::Folder);
@@ -47,7 +50,8 @@ Form1::Form1(Parts parts) : parts_(std::move(parts)), ui_(std::make_unique<Ui::F
     options_ = new RunOptionsMenu(*this, *ui_->Text2, parts_.dialogs, parts_.remembered,
                                   {.dryRun = false,
                                    .trashFolder = parts_.configuration.text(Setting::SafetyTrash),
-                                   .logFile = parts_.configuration.text(Setting::SafetyLogFile)});
+                                   .logFile = parts_.configuration.text(Setting::SafetyLogFile)},
+                                  [this](const QString& text) { say(text); });
     connectFields();
     connectMenus();
     connectJobs();
@@ -62,7 +66,7 @@ Form1::~Form1() {
 }
 
 void Form1::say(const QString& text) {
-    statusBar()->showMessage(text);
+    status_->setText(text);
 }
 
 void Form1::fillFields() {

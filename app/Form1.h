@@ -11,7 +11,7 @@
 #include <memory>
 #include <vector>
 
-class QAbstractButton;
+class QLabel;
 class QSettings;
 class QTextBrowser;
 
@@ -73,6 +73,7 @@ private:
     std::unique_ptr<Ui::Form1> ui_;
     std::unique_ptr<RememberedFields> fields_;
     std::unique_ptr<WindowHost> host_;
+    QLabel* status_;                    ///< a child: hints of menu entries cover it and give it back
     RunOptionsMenu* options_ = nullptr; ///< a child of the window
     QPointer<QTextBrowser> jobsPage_;
     QPointer<QWidget> viewer_;

@@ -28,10 +28,11 @@ QAction& actionOf(const QMainWindow& window, const char* name) {
 } // namespace
 
 RunOptionsMenu::RunOptionsMenu(QMainWindow& window, LogView& log, UserDialogs& dialogs, QSettings& remembered,
-                               const RunOptions& given)
-    : QObject(&window), window_(window), log_(log), dialogs_(dialogs), remembered_(remembered), given_(given),
-      options_(given), dryRun_(actionOf(window, "ActionDryRun")), trash_(actionOf(window, "ActionTrash")),
-      logFile_(actionOf(window, "ActionLogFile")), state_(*new QLabel(&window)) {
+                               const RunOptions& given, std::function<void(const QString&)> say)
+    : QObject(&window), window_(window), log_(log), say_(std::move(say)), dialogs_(dialogs), remembered_(remembered),
+      given_(given), options_(given), dryRun_(actionOf(window, "ActionDryRun")),
+      trash_(actionOf(window, "ActionTrash")), logFile_(actionOf(window, "ActionLogFile")),
+      state_(*new QLabel(&window)) {
     state_.setObjectName("LabelOptions");
     state_.setTextFormat(Qt::PlainText);
     window.statusBar()->addPermanentWidget(&state_);
@@ -93,7 +94,7 @@ void RunOptionsMenu::saveLog() {
         file.write(bytes.data(), static_cast<qint64>(bytes.size())) == static_cast<qint64>(bytes.size()) &&
         file.commit();
     if (saved) {
-        window_.statusBar()->showMessage(texts::shown(texts::kLogSaved).arg(QDir::toNativeSeparators(path)));
+        say_(texts::shown(texts::kLogSaved).arg(QDir::toNativeSeparators(path)));
     } else {
         dialogs_.error(&window_, texts::shown(texts::kChooseSaveLog),
                        texts::shown(texts::kNotSaved).arg(QDir::toNativeSeparators(path), file.errorString()));

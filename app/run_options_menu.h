@@ -4,6 +4,8 @@
 
 #include <QObject>
 
+#include <functional>
+
 class QAction;
 class QLabel;
 class QMainWindow;
@@ -21,7 +23,7 @@ class RunOptionsMenu final : public QObject {
 public:
     /// `window` holds the actions; `given`: what the settings file says, taken while nothing else was chosen.
     RunOptionsMenu(QMainWindow& window, LogView& log, UserDialogs& dialogs, QSettings& remembered,
-                   const RunOptions& given);
+                   const RunOptions& given, std::function<void(const QString&)> say);
 
     const RunOptions& options() const noexcept { return options_; }
     /// Off while a job runs: its options stand.
@@ -36,6 +38,7 @@ private:
 
     QMainWindow& window_;
     LogView& log_;
+    std::function<void(const QString&)> say_; ///< one line for the status bar
     UserDialogs& dialogs_;
     QSettings& remembered_;
     RunOptions given_;

@@ -12,8 +12,8 @@
 #include <QCheckBox>
 #include <QCoreApplication>
 #include <QElapsedTimer>
+#include <QLabel>
 #include <QSettings>
-#include <QStatusBar>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -100,7 +100,7 @@ protected:
         // A check box answers on its mark and text, which stand at its left end.
         QTest::mouseClick(&widget, Qt::LeftButton, {}, {std::min(widget.width() / 2, 10), widget.height() / 2});
     }
-    QString statusLine() const { return form->statusBar()->currentMessage(); }
+    QString statusLine() { return find<QLabel>("LabelStatus").text(); }
     std::u16string logText() { return find<LogView>("Text2").wholeText(); }
 
     QTemporaryDir folder;
