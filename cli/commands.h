@@ -12,6 +12,7 @@ using CommandPointer = std::unique_ptr<Command>;
 CommandPointer makeForumImport(CLI::App& kelb);
 CommandPointer makeForumFill(CLI::App& kelb);
 CommandPointer makeCall(CLI::App& kelb);
+CommandPointer makeView(CLI::App& kelb);
 
 /// "db" and its own commands.
 std::vector<CommandPointer> makeDatabaseCommands(CLI::App& kelb);

@@ -54,7 +54,7 @@ protected:
 
     /// Starts the program with its standard streams on files of the folder.
     pid_t start(const std::vector<std::string>& arguments) const {
-        std::vector<std::string> words{KELB_PROGRAM};
+        std::vector<std::string> words{program};
         words.insert(words.end(), arguments.begin(), arguments.end());
         std::vector<char*> argv;
         for (std::string& word : words) {
@@ -67,7 +67,7 @@ protected:
         posix_spawn_file_actions_addopen(&streams, 1, at("stdout").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
         posix_spawn_file_actions_addopen(&streams, 2, at("stderr").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
         pid_t process = -1;
-        EXPECT_EQ(posix_spawn(&process, KELB_PROGRAM, &streams, nullptr, argv.data(), environ), 0);
+        EXPECT_EQ(posix_spawn(&process, program.c_str(), &streams, nullptr, argv.data(), environ), 0);
         posix_spawn_file_actions_destroy(&streams);
         return process;
     }
@@ -76,6 +76,8 @@ protected:
         EXPECT_EQ(waitpid(process, &state, 0), process);
         return {WIFEXITED(state) ? WEXITSTATUS(state) : 128 + WTERMSIG(state), read("stdout"), read("stderr")};
     }
+
+    std::string program = KELB_PROGRAM;
 
 private:
     platform::TemporaryFolder folder_;
