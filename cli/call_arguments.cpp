@@ -3,10 +3,19 @@
 #include "platform/utf8.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace kelb::cli {
 
 namespace {
+
+bool isWholeNumber(const Json& value) {
+    if (!value.is_number_integer() ||
+        (value.is_number_unsigned() && !std::in_range<std::int32_t>(value.get<std::uint64_t>()))) {
+        return false;
+    }
+    return std::in_range<std::int32_t>(value.get<std::int64_t>());
+}
 
 bool isKind(const Json& value, ArgumentKind kind) {
     switch (kind) {
@@ -14,6 +23,8 @@ bool isKind(const Json& value, ArgumentKind kind) {
         return value.is_string();
     case ArgumentKind::Flag:
         return value.is_boolean();
+    case ArgumentKind::Number:
+        return isWholeNumber(value);
     case ArgumentKind::Texts:
         return value.is_array() && std::ranges::all_of(value, [](const Json& item) { return item.is_string(); });
     }
@@ -26,6 +37,8 @@ std::string_view nameOf(ArgumentKind kind) {
         return "a string";
     case ArgumentKind::Flag:
         return "true or false";
+    case ArgumentKind::Number:
+        return "a whole number of 32 bits";
     case ArgumentKind::Texts:
         return "an array of strings";
     }
@@ -60,6 +73,10 @@ std::u16string CallArguments::text(std::size_t index) const {
 
 bool CallArguments::flag(std::size_t index) const {
     return values_[index].get<bool>();
+}
+
+std::int32_t CallArguments::number(std::size_t index) const {
+    return values_[index].get<std::int32_t>();
 }
 
 std::vector<std::u16string> CallArguments::texts(std::size_t index) const {

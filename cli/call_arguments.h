@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -20,7 +21,7 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-enum class ArgumentKind { Text, Flag, Texts };
+enum class ArgumentKind { Text, Flag, Number, Texts }; ///< Number: whole, of 32 bits
 
 struct Argument {
     Argument(const char* argumentName, ArgumentKind argumentKind = ArgumentKind::Text)
@@ -38,6 +39,7 @@ public:
 
     [[nodiscard]] std::u16string text(std::size_t index) const;
     [[nodiscard]] bool flag(std::size_t index) const;
+    [[nodiscard]] std::int32_t number(std::size_t index) const;
     [[nodiscard]] std::vector<std::u16string> texts(std::size_t index) const;
 
 private:
@@ -55,6 +57,9 @@ struct CallAnswer {
     return flag;
 }
 [[nodiscard]] inline Json toJson(std::int16_t number) {
+    return number;
+}
+[[nodiscard]] inline Json toJson(std::int32_t number) {
     return number;
 }
 [[nodiscard]] inline Json toJson(std::size_t number) {
