@@ -45,7 +45,7 @@ Form1::Form1(Parts parts) : parts_(std::move(parts)), ui_(std::make_unique<Ui::F
     fields_ = std::make_unique<RememberedFields>(*this, parts_.remembered);
     fields_->restore();
     host_ = std::make_unique<WindowHost>(WindowHost::Widgets{*this, *ui_->Text2, *ui_->Label1, *ui_->ProgressBar,
-                                                             *ui_->LabelSpeed, *ui_->Check1, *ui_->Text1},
+                                                             *ui_->LabelSpeed, *ui_->Check1, *ui_->Text1, status_},
                                          parts_.dialogs, parts_.platform);
     options_ = new RunOptionsMenu(*this, *ui_->Text2, parts_.dialogs, parts_.remembered,
                                   {.dryRun = false,

@@ -87,6 +87,14 @@ bool WindowHost::confirm(std::u16string_view question) {
     return agreed;
 }
 
+void WindowHost::warning(std::u16string_view text) {
+    if (widgets_.status != nullptr) {
+        widgets_.status->setText(toQt(text));
+        widgets_.status->setToolTip(toQt(text));
+    }
+    runLog_->add(text);
+}
+
 jobs::PageLocation WindowHost::pages() {
     if (const QString typed = widgets_.lanFolder.text(); typed != folderAsTyped_) {
         folderText_ = jobs::lanFolderText(platform_.files, fromQt(typed));

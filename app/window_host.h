@@ -33,8 +33,9 @@ public:
         QLabel& text; ///< `Label1`
         QProgressBar& bar;
         QLabel& speed;
-        QCheckBox& lanMode;   ///< `Check1`
-        QLineEdit& lanFolder; ///< `Text1`
+        QCheckBox& lanMode;       ///< `Check1`
+        QLineEdit& lanFolder;     ///< `Text1`
+        QLabel* status = nullptr; ///< the status line, where warnings go
     };
     WindowHost(Widgets widgets, UserDialogs& dialogs, platform::Platform& platform);
 
@@ -54,6 +55,7 @@ public:
     void showProgress(std::u16string_view text, std::size_t done, std::size_t total) override;
     void message(std::u16string_view title, std::u16string_view text) override;
     bool confirm(std::u16string_view question) override;
+    void warning(std::u16string_view text) override; ///< in the status line and the log file
     jobs::PageLocation pages() override;
     void yield() override;
 

@@ -27,6 +27,12 @@ void ConsoleHost::message(std::u16string_view title, std::u16string_view text) {
     parts_.runLog.add(line);
 }
 
+void ConsoleHost::warning(std::u16string_view text) {
+    parts_.progress.clear();
+    parts_.err << "kelb: warning: " << platform::toUtf8(text) << std::endl;
+    parts_.runLog.add(text);
+}
+
 void ConsoleHost::print(std::u16string_view line) {
     parts_.progress.clear();
     bytes_.clear();

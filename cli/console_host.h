@@ -16,6 +16,7 @@ class ConsoleHost final : public jobs::JobHost {
 public:
     struct Parts {
         std::ostream& out;
+        std::ostream& err;
         ProgressLine& progress;
         jobs::RunLog& runLog;
         const platform::InterruptWatch& interrupt;
@@ -26,6 +27,7 @@ public:
     void log(std::u16string_view entry) override;
     void showProgress(std::u16string_view text, std::size_t done, std::size_t total) override;
     void message(std::u16string_view title, std::u16string_view text) override; ///< "[TITLE] TEXT"
+    void warning(std::u16string_view text) override;                            ///< one line of `err`
     bool confirm(std::u16string_view) override { return agreed_; }
     jobs::PageLocation pages() override { return pages_; }
     void yield() override {}

@@ -31,7 +31,7 @@ int runJob(Program& program, const std::string& name, const std::optional<std::s
     const platform::InterruptWatch interrupt;
     ProgressLine progress(progressStyle(program.options()), context.platform().clock, std::cerr);
     jobs::RunLog runLog(context.platform(), context.configuration().text(jobs::Setting::SafetyLogFile));
-    ConsoleHost host({std::cout, progress, runLog, interrupt}, pages, program.options().yes);
+    ConsoleHost host({std::cout, std::cerr, progress, runLog, interrupt}, pages, program.options().yes);
     jobs::JobSummary summary(name);
     summary.dryRun = program.options().dryRun;
     const double begun = context.platform().clock.steadySeconds();

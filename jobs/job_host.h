@@ -30,6 +30,8 @@ public:
         static_cast<void>(question);
         return false;
     }
+    /// Something that the user should know and that is no part of the job's log: standard error, the status line.
+    virtual void warning(std::u16string_view text) { log(text); }
     virtual PageLocation pages() = 0; ///< LAN switch and folder
 };
 

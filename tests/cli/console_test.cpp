@@ -69,10 +69,12 @@ TEST(ConsoleHost, PrintsEntriesAndBoxesOldestFirst) {
     ProgressLine progress(ProgressLine::Style::Off, clock, err);
     jobs::RunLog log(platform, u"");
     const platform::InterruptWatch interrupt;
-    ConsoleHost host({out, progress, log, interrupt}, {true, u"/lan/"}, false);
+    ConsoleHost host({out, err, progress, log, interrupt}, {true, u"/lan/"}, false);
     host.log(u"totalRec: 1");
     host.message(u"标题", u"完成!");
+    host.warning(u"小心");
     EXPECT_EQ(out.str(), "totalRec: 1\n[标题] 完成!\n");
+    EXPECT_EQ(err.str(), "kelb: warning: 小心\n");
     EXPECT_FALSE(host.confirm(u"delete?"));
     EXPECT_FALSE(host.stopRequested());
     std::raise(SIGINT);
