@@ -109,6 +109,10 @@ void Connection::RollbackTrans() {
     session().rollbackTransaction();
 }
 
+void Connection::atomically(const std::function<void()>& changes) {
+    session().atomically(changes);
+}
+
 void Connection::flush() {
     session().flush();
 }

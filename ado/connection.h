@@ -5,6 +5,7 @@
 #include "ado/provider.h"
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -40,6 +41,9 @@ public:
     void BeginTrans();
     void CommitTrans();
     void RollbackTrans();
+    /// Makes row changes that are stored all or not at all: a throw takes back those already made, and neither a kill
+    /// nor a power cut parts them. Unlike a transaction it does not wait for the disk. Not inside a transaction.
+    void atomically(const std::function<void()>& changes);
     /// Commits what is older than the commit interval; row loops call it once a row.
     void flushIfDue();
     /// Commits now: what was changed is on the disk on return.

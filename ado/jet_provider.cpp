@@ -73,6 +73,10 @@ public:
     void rollbackTransaction() override {
         endTransaction("roll the transaction back", [&] { database_->rollbackTransaction(); });
     }
+    void atomically(const std::function<void()>& changes) override {
+        during({"save changes that belong together", {}, database_->path(), {}},
+               [&] { database_->changeTogether(changes); });
+    }
     void flush() override {
         during({"save the database", {}, database_->path(), {}}, [&] { database_->database()->commit(); });
     }

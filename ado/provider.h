@@ -5,6 +5,8 @@
 #include "ado/value.h"
 
 #include <cstddef>
+#include <exception>
+#include <functional>
 #include <memory>
 #include <span>
 #include <string>
@@ -72,6 +74,17 @@ public:
     virtual void beginTransaction() = 0;
     virtual void commitTransaction() = 0;
     virtual void rollbackTransaction() = 0;
+    /// Row changes that are stored all or not at all. Here as a transaction, which waits for the disk.
+    virtual void atomically(const std::function<void()>& changes) {
+        beginTransaction();
+        try {
+            changes();
+        } catch (const std::exception&) {
+            rollbackTransaction();
+            throw;
+        }
+        commitTransaction();
+    }
     /// Brings finished changes to the disk; the second only when they are old enough to be due.
     virtual void flush() = 0;
     virtual void flushIfDue() = 0;

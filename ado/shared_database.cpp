@@ -183,13 +183,28 @@ void SharedDatabase::commitTransaction() {
 void SharedDatabase::rollbackTransaction() {
     assert(transactions_ > 0);
     --transactions_;
-    ++changeCount_;
     ++definitionVersion_;
     database()->rollbackTransaction();
+    forgetTakenBack();
+}
+
+void SharedDatabase::forgetTakenBack() {
+    ++changeCount_;
     for (auto& entry : tables_) {
         entry.second.indexes.clear(); // one built since the beginning lacks the rows that are back now
     }
     tellAll([](LiveRows& rows) { rows.transactionRolledBack(); });
+}
+
+void SharedDatabase::changeTogether(const std::function<void()>& changes) {
+    assert(transactions_ == 0);
+    tellAll([](LiveRows& rows) { rows.transactionBegun(); });
+    try {
+        atomically(changes);
+    } catch (const std::exception&) {
+        forgetTakenBack();
+        throw;
+    }
 }
 
 const HashIndex& SharedDatabase::hashIndex(jet::Table& table, const jet::Column& column) {

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <span>
@@ -84,6 +85,10 @@ public:
         atomically(work);
     }
 
+    /// Row changes made through record sets, all or none: on a throw they are taken back, in the record sets, too.
+    /// Requires that no transaction is open.
+    void changeTogether(const std::function<void()>& changes);
+
     void beginTransaction();
     void commitTransaction();
     void rollbackTransaction();
@@ -103,6 +108,7 @@ private:
     };
     TableState* stateOf(const jet::Table& table);
     static void fixOthers(const TableState& state, const LiveRows* by);
+    void forgetTakenBack();
     template <class Tell>
     void tellAll(Tell&& tell) const;
 

@@ -7,7 +7,6 @@
 #include <array>
 #include <cstring>
 #include <map>
-#include <set>
 #include <unordered_map>
 
 namespace kelb::platform {
@@ -186,9 +185,11 @@ public:
     void renameFile(std::u16string_view from, std::u16string_view to) override;
     void makeFolders(std::u16string_view path) override;
     std::vector<std::u16string> listFiles(std::u16string_view folder) override;
+    std::vector<std::u16string> listFolders(std::u16string_view folder) override;
     std::unique_ptr<RandomAccessFile> open(std::u16string_view path, OpenMode mode) override;
     void syncFolder(std::u16string_view) override {}
     std::u16string nativePath(std::u16string_view path) override { return base_.nativePath(path); }
+    std::u16string absolutePath(std::u16string_view path) override { return base_.absolutePath(path); }
     std::string identityOf(std::u16string_view path) override;
 
 private:
@@ -201,8 +202,8 @@ private:
     FilePtr fresh(std::string_view operation, std::u16string_view path);
 
     FileSystem& base_;
-    std::map<std::u16string, FilePtr> changes_; ///< by key; null stands for a removed file
-    std::set<std::u16string> folders_;          ///< made here
+    std::map<std::u16string, FilePtr> changes_;        ///< by key; null stands for a removed file
+    std::map<std::u16string, std::u16string> folders_; ///< made here, by key, as spelled
     std::uint64_t created_ = 0;
 };
 
@@ -332,9 +333,10 @@ void DryRunFileSystem::renameFile(std::u16string_view from, std::u16string_view 
 }
 
 void DryRunFileSystem::makeFolders(std::u16string_view path) {
-    const std::u16string front = folderKey(base_.nativePath(path));
+    const std::u16string native = base_.nativePath(path);
+    const std::u16string front = folderKey(native), spelled = plainPath(native);
     for (std::size_t end = front.find(u'/'); end != front.npos; end = front.find(u'/', end + 1)) {
-        folders_.insert(front.substr(0, end + 1));
+        folders_.try_emplace(front.substr(0, end + 1), spelled, 0, end + 1);
     }
 }
 
@@ -355,6 +357,28 @@ std::vector<std::u16string> DryRunFileSystem::listFiles(std::u16string_view fold
     }
     std::stable_sort(names.begin(), names.end(), [](const auto& a, const auto& b) { return compareNoCase(a, b) < 0; });
     return names;
+}
+
+std::vector<std::u16string> DryRunFileSystem::listFolders(std::u16string_view folder) {
+    if (!folderExists(folder)) {
+        throw notFound("list", folder);
+    }
+    const std::u16string front = folderKey(base_.nativePath(folder));
+    std::map<std::u16string, std::u16string> names; // by key: in the order of names without regard to case
+    if (base_.folderExists(folder)) {
+        for (std::u16string& name : base_.listFolders(folder)) {
+            names.try_emplace(upperCase(name), std::move(name));
+        }
+    }
+    for (auto at = folders_.upper_bound(front); at != folders_.end() && at->first.starts_with(front); ++at) {
+        const std::size_t length = at->first.find(u'/', front.size()) - front.size();
+        names.try_emplace(at->first.substr(front.size(), length), at->second, front.size(), length);
+    }
+    std::vector<std::u16string> list;
+    for (auto& name : names) {
+        list.push_back(std::move(name.second));
+    }
+    return list;
 }
 
 std::unique_ptr<RandomAccessFile> DryRunFileSystem::open(std::u16string_view path, OpenMode mode) {

@@ -61,11 +61,15 @@ public:
     virtual void makeFolders(std::u16string_view path) = 0;
     /// Names (not paths) of the regular files of a folder, in the order of their names without regard to case.
     virtual std::vector<std::u16string> listFiles(std::u16string_view folder) = 0;
+    /// Names of the folders in a folder, in the same order.
+    virtual std::vector<std::u16string> listFolders(std::u16string_view folder) = 0;
     virtual std::unique_ptr<RandomAccessFile> open(std::u16string_view path, OpenMode mode) = 0;
     /// Makes a creation, removal or rename in that folder durable.
     virtual void syncFolder(std::u16string_view folder) = 0;
     /// The path on this machine, for messages and for programs that are started. Throws as translatePath.
     virtual std::u16string nativePath(std::u16string_view path) = 0;
+    /// nativePath() that means the same wherever a later program is started.
+    virtual std::u16string absolutePath(std::u16string_view path) { return nativePath(path); }
     /// Equal for all paths of one existing file, whatever their case, links and drive letters, and only for those. The
     /// file systems here ask without opening the file, so that one with an exclusive lock can be told as well.
     virtual std::string identityOf(std::u16string_view path) { return open(path, OpenMode::Read)->identity(); }

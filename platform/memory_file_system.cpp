@@ -233,8 +233,9 @@ void MemoryFileSystem::renameFile(std::u16string_view from, std::u16string_view 
 
 void MemoryFileSystem::makeFolders(std::u16string_view path) {
     const std::u16string front = folderKey(path);
+    const std::u16string spelled = plainPath(path);
     for (std::size_t end = front.find(u'/'); end != front.npos; end = front.find(u'/', end + 1)) {
-        folders_.insert(front.substr(0, end + 1));
+        folders_.try_emplace(front.substr(0, end + 1), spelled, 0, end + 1);
     }
 }
 
@@ -250,6 +251,31 @@ std::vector<std::u16string> MemoryFileSystem::listFiles(std::u16string_view fold
         }
     }
     return names;
+}
+
+std::vector<std::u16string> MemoryFileSystem::listFolders(std::u16string_view folder) {
+    if (!folderExists(folder)) {
+        throw notFound("list", folder);
+    }
+    const std::u16string front = folderKey(folder);
+    std::map<std::u16string, std::u16string> names; // by key: in the order of names without regard to case
+    const auto enter = [&](std::u16string_view key, const std::u16string& spelled) {
+        if (const std::size_t end = key.find(u'/', front.size()); end != key.npos) {
+            const auto name = key.substr(front.size(), end - front.size());
+            names.try_emplace(std::u16string(name), spelled, front.size(), name.size());
+        }
+    };
+    for (auto at = folders_.upper_bound(front); at != folders_.end() && at->first.starts_with(front); ++at) {
+        enter(at->first, at->second);
+    }
+    for (auto at = files_.lower_bound(front); at != files_.end() && at->first.starts_with(front); ++at) {
+        enter(at->first, plainPath(at->second->path));
+    }
+    std::vector<std::u16string> list;
+    for (auto& name : names) {
+        list.push_back(std::move(name.second));
+    }
+    return list;
 }
 
 std::unique_ptr<RandomAccessFile> MemoryFileSystem::open(std::u16string_view path, OpenMode mode) {

@@ -4,7 +4,6 @@
 
 #include <functional>
 #include <map>
-#include <set>
 
 namespace kelb::platform {
 
@@ -29,6 +28,7 @@ public:
     void renameFile(std::u16string_view from, std::u16string_view to) override;
     void makeFolders(std::u16string_view path) override;
     std::vector<std::u16string> listFiles(std::u16string_view folder) override;
+    std::vector<std::u16string> listFolders(std::u16string_view folder) override;
     std::unique_ptr<RandomAccessFile> open(std::u16string_view path, OpenMode mode) override;
     void syncFolder(std::u16string_view folder) override;
     std::u16string nativePath(std::u16string_view path) override;
@@ -54,7 +54,7 @@ private:
     void truncate(File& file, std::uint64_t size);
 
     std::map<std::u16string, std::shared_ptr<File>> files_; ///< by path in upper case with "/"
-    std::set<std::u16string> folders_;                      ///< those that makeFolders made
+    std::map<std::u16string, std::u16string> folders_;      ///< those that makeFolders made, by key, as spelled
     std::uint64_t changes_ = 0;                             ///< writes and truncations so far, of all files
     std::uint64_t created_ = 0;
 };

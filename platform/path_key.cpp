@@ -4,17 +4,25 @@
 
 namespace kelb::platform {
 
-std::u16string pathKey(std::u16string_view path) {
-    std::u16string key;
-    key.reserve(path.size() + 1);
+std::u16string plainPath(std::u16string_view path) {
+    std::u16string plain;
+    plain.reserve(path.size() + 1);
     for (const char16_t unit : path) {
-        const char16_t mapped = unit == u'\\' ? u'/' : upper(unit);
-        if (mapped != u'/' || key.empty() || key.back() != u'/') {
-            key += mapped;
+        const char16_t mapped = unit == u'\\' ? u'/' : unit;
+        if (mapped != u'/' || plain.empty() || plain.back() != u'/') {
+            plain += mapped;
         }
     }
-    if (key.size() > 1 && key.back() == u'/') {
-        key.pop_back();
+    if (plain.size() > 1 && plain.back() == u'/') {
+        plain.pop_back();
+    }
+    return plain;
+}
+
+std::u16string pathKey(std::u16string_view path) {
+    std::u16string key = plainPath(path);
+    for (char16_t& unit : key) {
+        unit = upper(unit);
     }
     return key;
 }

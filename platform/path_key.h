@@ -8,6 +8,8 @@
 namespace kelb::platform {
 
 [[nodiscard]] std::u16string pathKey(std::u16string_view path);
+/// The key but for its upper case: as long as the key, spelled as the path.
+[[nodiscard]] std::u16string plainPath(std::u16string_view path);
 [[nodiscard]] std::u16string folderKey(std::u16string_view folder);
 
 } // namespace kelb::platform

@@ -42,10 +42,12 @@ public:
     void removeFile(std::u16string_view path) override;
     void renameFile(std::u16string_view from, std::u16string_view to) override;
     void makeFolders(std::u16string_view path) override;
-    std::vector<std::u16string> listFiles(std::u16string_view folder) override;
+    std::vector<std::u16string> listFiles(std::u16string_view folder) override { return list(folder, S_IFREG); }
+    std::vector<std::u16string> listFolders(std::u16string_view folder) override { return list(folder, S_IFDIR); }
     std::unique_ptr<RandomAccessFile> open(std::u16string_view path, OpenMode mode) override;
     void syncFolder(std::u16string_view folder) override;
     std::u16string nativePath(std::u16string_view path) override;
+    std::u16string absolutePath(std::u16string_view path) override;
     std::string identityOf(std::u16string_view path) override;
 
 private:
@@ -53,6 +55,7 @@ private:
     Place place(std::string_view operation, std::u16string_view path);
     Place lookUpWithoutCase(const std::string& native);
     std::optional<struct ::stat> status(std::u16string_view path);
+    std::vector<std::u16string> list(std::u16string_view folder, mode_t type);
     Descriptor create(std::string_view operation, std::u16string_view path, int flags);
     void replaceNative(std::string_view operation, std::u16string_view path, const Place& to,
                        const struct ::stat* likeness, const std::function<void(const Descriptor&)>& fill);
@@ -148,6 +151,21 @@ std::u16string PosixFileSystem::nativePath(std::u16string_view path) {
     return found ? fromUtf8(found->native) : std::u16string(path);
 }
 
+std::u16string PosixFileSystem::absolutePath(std::u16string_view path) {
+    const std::u16string native = nativePath(path);
+    if (native.starts_with(u'/') || isWindowsPath(native)) { // one that was not found may still be a path of Windows
+        return native;
+    }
+    struct Free {
+        void operator()(char* text) const noexcept { std::free(text); }
+    };
+    const std::unique_ptr<char, Free> folder(getcwd(nullptr, 0));
+    if (folder == nullptr) {
+        throw systemFailure("find the working folder of", path, errno);
+    }
+    return joinPath(fromUtf8(folder.get()), native);
+}
+
 // --- questions ---
 
 /// No value when nothing is there. Throws when the system cannot tell: a share that is offline must not look like one
@@ -189,7 +207,8 @@ bool PosixFileSystem::isWritable(std::u16string_view path) {
     return fileExists(path) && faccessat(AT_FDCWD, place("look for", path).native.c_str(), W_OK, AT_EACCESS) == 0;
 }
 
-std::vector<std::u16string> PosixFileSystem::listFiles(std::u16string_view folder) {
+/// The names of one type of entry.
+std::vector<std::u16string> PosixFileSystem::list(std::u16string_view folder, mode_t type) {
     const Place found = place("list", folder);
     struct CloseFolder {
         void operator()(DIR* open) const noexcept { closedir(open); }
@@ -205,13 +224,14 @@ std::vector<std::u16string> PosixFileSystem::listFiles(std::u16string_view folde
         if (entry == nullptr) {
             break;
         }
-        bool regular = entry->d_type == DT_REG;
+        const std::string_view name = entry->d_name;
+        bool wanted = static_cast<mode_t>(DTTOIF(entry->d_type)) == type;
         if (entry->d_type == DT_UNKNOWN || entry->d_type == DT_LNK) {
             struct ::stat status {};
-            regular = fstatat(dirfd(open.get()), entry->d_name, &status, 0) == 0 && S_ISREG(status.st_mode);
+            wanted = fstatat(dirfd(open.get()), entry->d_name, &status, 0) == 0 && (status.st_mode & S_IFMT) == type;
         }
-        if (regular) {
-            names.push_back(fromUtf8(entry->d_name));
+        if (wanted && name != "." && name != "..") {
+            names.push_back(fromUtf8(name));
         }
     }
     if (errno != 0) {

@@ -54,6 +54,48 @@ TEST_F(Records, AnEmptySetIsAtBothEnds) {
     EXPECT_EQ(set.RecordCount(), 1U);
 }
 
+TEST_F(Records, ChangesTogetherAreStoredAllOrNone) {
+    Recordset one = open(u"select * from t"), two = open(u"select * from t where a='b'"),
+              end = open(u"select * from t");
+    const auto change = [&](const char16_t* second) {
+        connection->atomically([&] {
+            one.set(u"a", u"x");
+            one.Update();
+            end.AddNew();
+            end.set(u"a", u"new");
+            end.Update();
+            two.set(u"a", second);
+            two.Update();
+        });
+    };
+    EXPECT_EQ(errorOf([&] { change(u"too long"); })->kind, Error::Kind::FieldTooSmall);
+    EXPECT_EQ(rows(u"select a from t"), "a / b / c");
+    EXPECT_EQ(a(one), u"a");
+    EXPECT_EQ(a(two), u"b");
+    EXPECT_EQ(count(u"select * from t where a='a'"), 1U);
+    EXPECT_EQ(count(u"select * from t where a='x'"), 0U);
+    change(u"y");
+    EXPECT_EQ(rows(u"select a from t"), "x / y / c / new");
+    EXPECT_EQ(count(u"select * from t where a='x'"), 1U);
+    EXPECT_EQ(faults(), "");
+}
+
+TEST_F(Records, NothingReachesTheDiskBetweenChangesThatBelongTogether) {
+    Recordset one = open(u"select * from t"), two = open(u"select * from t where a='b'");
+    connection->flush();
+    std::size_t operations = 0;
+    files.beforeOperation = [&](std::string_view, std::u16string_view) { ++operations; };
+    connection->atomically([&] {
+        for (Recordset* set : {&one, &two}) {
+            set->set(u"a", u"x");
+            set->Update();
+            clock.seconds += 3600; // a commit is long due
+        }
+        EXPECT_EQ(operations, 0U);
+    });
+    EXPECT_GT(operations, 0U);
+}
+
 TEST_F(Records, HoldsEditsUntilTheyAreSaved) {
     Recordset set = open(u"select * from t"), other = open(u"select * from t");
     set.set(u"a", u"new");

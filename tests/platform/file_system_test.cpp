@@ -132,6 +132,10 @@ TEST_P(FileSystems, FoldersAreNotFilesAndAreListedInOrder) {
     files().writeFile(joinPath(at(u"One"), u"below.txt"), "");
     EXPECT_THAT(files().listFiles(subject_.root), ElementsAre(u"10.txt", u"9.txt", u"a.txt", u"b.txt", u"C.txt"));
     EXPECT_THAT(files().listFiles(joinPath(at(u"One"), u"Two")), ElementsAre());
+    files().makeFolders(at(u"also"));
+    EXPECT_THAT(files().listFolders(subject_.root), ElementsAre(u"also", u"One"));
+    EXPECT_THAT(files().listFolders(at(u"ONE")), ElementsAre(u"Two"));
+    expectError(Kind::NotFound, at(u"none"), [&] { files().listFolders(at(u"none")); });
 }
 
 TEST_P(FileSystems, RenameReplacesAndChangesCase) {

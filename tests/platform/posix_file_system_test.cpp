@@ -83,6 +83,16 @@ TEST_F(PosixFileSystem, ANameThatIsNoUtf8IsListedAndFound) {
     EXPECT_EQ(files_->readFile(at(names[0])), "gbk");
 }
 
+TEST_F(PosixFileSystem, AnAbsolutePathMeansTheSameFromAnywhere) {
+    const fs::path before = fs::current_path();
+    fs::current_path(folder_.native());
+    put("Comb.mdb");
+    EXPECT_EQ(files_->absolutePath(u"COMB.mdb"), fromUtf8((fs::current_path() / "Comb.mdb").string()));
+    fs::current_path(before);
+    EXPECT_EQ(files_->absolutePath(at(u"COMB.mdb")), at(u"Comb.mdb"));
+    EXPECT_EQ(files_->absolutePath(at(u"none.mdb")), at(u"none.mdb"));
+}
+
 TEST_F(PosixFileSystem, ListingsFollowWhatOthersDo) {
     EXPECT_FALSE(files_->fileExists(at(u"PAGE.htm")));
     // The half second of a fresh listing; the folder's time would tell already, were its steps fine enough.
