@@ -6,6 +6,7 @@
 namespace kelb::rewrite {
 
 ClsSmart::ClsSmart(platform::FileSystem& files, std::u16string_view applicationFolder)
-    : adMarks_(platform::decode936(files.readFile(platform::joinPath(applicationFolder, u"ADMarks.txt")))) {}
+    : files_(files),
+      adMarks_(platform::decode936(files.readFile(platform::joinPath(applicationFolder, u"ADMarks.txt")))) {}
 
 } // namespace kelb::rewrite

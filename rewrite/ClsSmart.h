@@ -1,21 +1,29 @@
 #pragma once
 
 #include "platform/file_system.h"
+#include "platform/random.h"
 #include "rewrite/ad_marks.h"
 
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
+
+namespace kelb::ado {
+class Connection;
+}
 
 namespace kelb::rewrite {
 
-/// Cleans, judges and rewrites the wording of posts. Texts are UTF-16, lengths and limits count code units; searches
-/// mind case unless said otherwise. One instance serves the whole program, because blnValue remembers the text judged
-/// last across pages and jobs; operations without such memory are static.
+/// Cleans, judges and rewrites the wording of posts, and recognises brands, set codes and chip makers in them. Texts
+/// are UTF-16, lengths and limits count code units; searches mind case unless said otherwise. One instance serves the
+/// whole program, because blnValue remembers the text judged last and rndTVCode its file across pages and jobs;
+/// operations without such memory are static. What they know of the trade stands in tables: brand_list.h,
+/// chip_prefix_table.h, problem_table.h, synonym_table.h, wording_rules.h.
 class ClsSmart {
 public:
     /// Reads "ADMarks.txt" (code page 936, one ad phrase a line) of the application folder; there is no default list.
-    /// Throws platform::FileError when it cannot be read.
+    /// Keeps `files`. Throws platform::FileError when it cannot be read.
     ClsSmart(platform::FileSystem& files, std::u16string_view applicationFolder);
 
     // Cleaning (smart_cleaning.cpp)
@@ -54,9 +62,50 @@ public:
     /// True when "图纸" occurs fewer than five times.
     static bool blnValue2(std::u16string_view text);
 
+    // Rewriting (smart_rewriting.cpp)
+
+    /// The title without punctuation and blanks; with "[求助]" in it a question, and "求助" made polite.
+    static std::u16string smartReplaceTitle(std::u16string_view title);
+    /// "求助", bracketed or not, made polite. The brand has no effect; kept because callers pass it.
+    static std::u16string smartReplaceContent(std::u16string_view text, std::u16string_view brand);
+    /// A whole post: in upper case, without tags, its set code marked up, rewritten by the table of wording rules.
+    /// As killTag it keeps the first 10,240 units.
+    static std::u16string smartReplaceNormal(std::u16string_view text, std::u16string_view brand);
+
+    // Recognition (smart_recognition.cpp)
+
+    /// The first brand of the list that the text contains, or "".
+    static std::u16string getPinPai(std::u16string_view text);
+    /// True with "长虹" or "CH" in the text.
+    static bool blnChangHong(std::u16string_view text);
+    /// The first set code: 5 to 14 letters, digits and hyphens with two digits in a row and a letter, no "QQ" in front,
+    /// and at least two units of text behind it; or "". Callers pass the text in upper case.
+    static std::u16string searchTVCode(std::u16string_view text);
+    /// Maker of the chip family that the code names, or "".
+    static std::u16string searchICCode(std::u16string_view code);
+    /// The text in upper case; its set code gains the brand in front, unless one stands there, and the maker behind it.
+    static std::u16string replaceTVCode(std::u16string_view text, std::u16string_view brand);
+    /// The first sentence of more than 12 units that names a fault, without bars and hyphens; or "".
+    static std::u16string smartGetProblem(std::u16string_view text);
+
+    // Look-ups (smart_lookups.cpp)
+
+    /// Fields `mom` and `dad` of the code's row in wxTVCode; false and two empty texts without such a row. Letter case
+    /// does not count. Throws ado::Error.
+    static bool learnTVCode(ado::Connection& database, std::u16string_view code, std::u16string& mom,
+                            std::u16string& dad);
+    /// The keywords of wxKWs that the text contains, in the table's order, parted by blanks. Throws ado::Error.
+    static std::u16string extRepairKW(ado::Connection& database, std::u16string_view text);
+    /// A set code with its heading, such as "G2988(CH-16)", never the last one unless it is the only one. The file is
+    /// read once: later calls ignore the path. Throws as readSetCodes, and std::out_of_range for a file without a code;
+    /// nothing is kept then, and the next call reads again.
+    std::u16string rndTVCode(std::u16string_view path, platform::Random& random);
+
 private:
+    platform::FileSystem& files_;
     AdMarks adMarks_;
     std::u16string lastValue_;
+    std::vector<std::u16string> setCodes_;
 };
 
 } // namespace kelb::rewrite
