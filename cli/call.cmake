@@ -3,6 +3,7 @@ find_package(nlohmann_json REQUIRED)
 kelb_library(kelb_call
     SOURCES
         call_arguments.cpp
+        call_article_operations.cpp
         call_command.cpp
         call_extract_operations.cpp
         call_objects.cpp

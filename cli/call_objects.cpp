@@ -26,4 +26,8 @@ extract::Cls4Discuz CallObjects::discuz() {
     return {smart(), userNames(), platform_.random};
 }
 
+extract::Cls4Article CallObjects::article() {
+    return {state_.markers, [this]() -> rewrite::ClsSmart& { return smart(); }};
+}
+
 } // namespace kelb::cli

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "extract/Cls4Article.h"
 #include "extract/Cls4Discuz.h"
 #include "extract/article_markers.h"
 #include "extract/user_names.h"
@@ -25,6 +26,7 @@ public:
     /// Those that were set, else those of the application folder (none where the file is missing).
     const extract::UserNames& userNames();
     extract::Cls4Discuz discuz();
+    extract::Cls4Article article(); ///< reads the markers that were set last
     platform::Random& random() { return platform_.random; }
 
     void setUserNames(extract::UserNames names) { state_.userNames = std::move(names); }

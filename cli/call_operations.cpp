@@ -55,7 +55,7 @@ std::vector<CallOperation> processOperations() {
 
 std::vector<CallOperation> allOperations() {
     std::vector<CallOperation> all = processOperations();
-    for (std::vector<CallOperation> chapter : {rewriteOperations(), extractOperations()}) {
+    for (std::vector<CallOperation> chapter : {rewriteOperations(), extractOperations(), articleOperations()}) {
         std::ranges::move(chapter, std::back_inserter(all));
     }
     return all;

@@ -24,5 +24,6 @@ struct CallOperation {
 
 [[nodiscard]] std::vector<CallOperation> rewriteOperations(); ///< call_rewrite_operations.cpp
 [[nodiscard]] std::vector<CallOperation> extractOperations(); ///< call_extract_operations.cpp
+[[nodiscard]] std::vector<CallOperation> articleOperations(); ///< call_article_operations.cpp
 
 } // namespace kelb::cli

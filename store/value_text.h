@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/number_text.h"
+
 #include <cstdint>
 #include <optional>
 #include <string_view>
@@ -7,9 +9,7 @@
 /// Texts that stand for numbers and flags, as the store's callers hand them over.
 namespace kelb::store {
 
-/// A decimal number with optional sign, point and exponent; blanks around it are passed over. No value for anything
-/// else, infinities included.
-[[nodiscard]] std::optional<double> parseNumber(std::u16string_view text);
+using platform::parseNumber;
 
 /// Rounded to the nearest whole number, halves to the even one; no value outside 32 bits.
 [[nodiscard]] std::optional<std::int32_t> toLong(double number);
