@@ -47,8 +47,10 @@ private:
             return;
         }
         std::size_t end = at_;
-        if (opening == u'{') { // drivers of ODBC: a name in braces may hold ";"; the braces stay part of the value
-            end = std::min(text_.find(u'}', first), text_.size());
+        // Drivers of ODBC: a name in braces may hold ";"; the braces stay part of the value. One that is never closed
+        // is an ordinary character, or it would swallow the password and show it in messages.
+        if (const std::size_t closing = text_.find(u'}', at_); opening == u'{' && closing != text_.npos) {
+            end = closing;
         }
         end = std::min(text_.find(u';', end), text_.size());
         value = trimmed(text_.substr(at_, end - at_));

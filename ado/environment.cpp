@@ -2,6 +2,7 @@
 
 #include "ado/error.h"
 #include "ado/jet_provider.h"
+#include "ado/odbc_provider.h"
 #include "ado/shared_database.h"
 
 #include "platform/utf8.h"
@@ -44,6 +45,7 @@ struct Loan {
 } // namespace
 
 Environment::Environment(platform::Platform& platform, Options options) : platform_(platform), options_(options) {
+    add(std::make_unique<OdbcProvider>());
     add(std::make_unique<JetProvider>());
 }
 

@@ -12,7 +12,8 @@ void TableCheck::need(ado::Connection& connection, std::u16string_view path, std
     const std::string where = platform::toUtf8(path) + ": ";
     ado::Recordset row;
     try {
-        row.Open(u"select top 1 * from " + std::u16string(table), connection);
+        // Understood by every server; no row is read before one is asked for.
+        row.Open(u"select * from " + std::u16string(table), connection);
     } catch (const ado::Error& error) {
         if (error.kind() != ado::Error::Kind::NoSuchTable) {
             throw;
