@@ -9,8 +9,12 @@ kelb_library(kelb_call
         call_objects.cpp
         call_operations.cpp
         call_rewrite_operations.cpp
+        call_segment_operations.cpp
+        call_settings_operations.cpp
     LINKS
         kelb_extract
         kelb_rewrite
+        kelb_rwini
+        kelb_segment
         kelb_platform
         nlohmann_json::nlohmann_json)

@@ -22,6 +22,13 @@ const extract::UserNames& CallObjects::userNames() {
     return *state_.userNames;
 }
 
+segment::ClsFenCi& CallObjects::fenCi() {
+    if (!state_.fenCi) {
+        state_.fenCi = std::make_unique<segment::ClsFenCi>(platform_.files, platform_.applicationFolder);
+    }
+    return *state_.fenCi;
+}
+
 extract::Cls4Discuz CallObjects::discuz() {
     return {smart(), userNames(), platform_.random};
 }

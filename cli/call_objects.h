@@ -6,6 +6,7 @@
 #include "extract/user_names.h"
 #include "platform/platform.h"
 #include "rewrite/ClsSmart.h"
+#include "segment/ClsFenCi.h"
 
 #include <memory>
 #include <optional>
@@ -27,6 +28,9 @@ public:
     const extract::UserNames& userNames();
     extract::Cls4Discuz discuz();
     extract::Cls4Article article(); ///< reads the markers that were set last
+    /// Reads its dictionary at the first text that it cuts.
+    segment::ClsFenCi& fenCi();
+    const platform::Platform& platform() const noexcept { return platform_; }
     platform::Random& random() { return platform_.random; }
 
     void setUserNames(extract::UserNames names) { state_.userNames = std::move(names); }
@@ -37,6 +41,7 @@ private:
     struct State {
         std::unique_ptr<rewrite::ClsSmart> smart;
         std::optional<extract::UserNames> userNames;
+        std::unique_ptr<segment::ClsFenCi> fenCi;
         extract::ArticleMarkers markers;
         std::u16string siteName;
     };

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <unordered_map>
 
 namespace kelb::cli {
 
@@ -55,7 +56,8 @@ std::vector<CallOperation> processOperations() {
 
 std::vector<CallOperation> allOperations() {
     std::vector<CallOperation> all = processOperations();
-    for (std::vector<CallOperation> chapter : {rewriteOperations(), extractOperations(), articleOperations()}) {
+    for (std::vector<CallOperation> chapter :
+         {rewriteOperations(), extractOperations(), articleOperations(), segmentOperations(), settingsOperations()}) {
         std::ranges::move(chapter, std::back_inserter(all));
     }
     return all;
@@ -69,9 +71,15 @@ const std::vector<CallOperation>& callOperations() {
 }
 
 const CallOperation* findCallOperation(std::string_view name) {
-    const auto& operations = callOperations();
-    const auto found = std::ranges::find(operations, name, &CallOperation::name);
-    return found == operations.end() ? nullptr : &*found;
+    static const auto byName = [] {
+        std::unordered_map<std::string_view, const CallOperation*> table;
+        for (const CallOperation& operation : callOperations()) {
+            table.emplace(operation.name, &operation);
+        }
+        return table;
+    }();
+    const auto found = byName.find(name);
+    return found == byName.end() ? nullptr : found->second;
 }
 
 } // namespace kelb::cli

@@ -22,8 +22,10 @@ struct CallOperation {
 /// No value (null) for an unknown name.
 [[nodiscard]] const CallOperation* findCallOperation(std::string_view name);
 
-[[nodiscard]] std::vector<CallOperation> rewriteOperations(); ///< call_rewrite_operations.cpp
-[[nodiscard]] std::vector<CallOperation> extractOperations(); ///< call_extract_operations.cpp
-[[nodiscard]] std::vector<CallOperation> articleOperations(); ///< call_article_operations.cpp
+[[nodiscard]] std::vector<CallOperation> rewriteOperations();  ///< call_rewrite_operations.cpp
+[[nodiscard]] std::vector<CallOperation> extractOperations();  ///< call_extract_operations.cpp
+[[nodiscard]] std::vector<CallOperation> articleOperations();  ///< call_article_operations.cpp
+[[nodiscard]] std::vector<CallOperation> segmentOperations();  ///< call_segment_operations.cpp
+[[nodiscard]] std::vector<CallOperation> settingsOperations(); ///< call_settings_operations.cpp
 
 } // namespace kelb::cli

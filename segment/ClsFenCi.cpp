@@ -57,7 +57,7 @@ std::u16string ClsFenCi::splitPrepare(std::u16string_view sText) {
 std::optional<WordDictionary> ClsFenCi::readSogouLabDic() const {
     const std::u16string path = pathOf(kFileName);
     try {
-        WordDictionary words = WordDictionary::read(platform::decode936(files_.readFile(path)));
+        WordDictionary words = WordDictionary::read(files_.readFile(path));
         return words.size() == 0 ? std::nullopt : std::optional(std::move(words));
     } catch (const DictionaryError& error) {
         throw DictionaryError(platform::toUtf8(path) + ": " + error.what());

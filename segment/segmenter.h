@@ -41,16 +41,24 @@ private:
     /// Costs are -log2 of the probability in 2^-16; whole numbers, so that equal ways are equal to the last bit.
     using Cost = std::int64_t;
 
+    /// A word of a way through the block: its place in the dictionary from 1, 0 when it is none, and its size.
+    struct Step {
+        std::uint32_t entry, size;
+    };
+
     void weigh(std::u16string_view block);
-    std::size_t longestAt(std::u16string_view rest) const;
+    void matchLongest(std::u16string_view block);
+    unsigned sizesAt(std::u16string_view rest) const noexcept;
+    Word wordOf(std::u16string_view text, std::size_t entry) const noexcept;
 
     const WordDictionary& words_;
     bool hasFrequencies_ = false;
     Cost onceCost_ = 0;
     std::vector<std::int32_t> costs_;         ///< by entry
-    std::vector<std::uint8_t> longest_;       ///< by first unit: size of the longest word
+    std::vector<std::uint32_t> single_;       ///< by unit: place of the word of that one unit from 1, 0 for none
+    std::vector<std::uint8_t> sizes_;         ///< by hashed pair of units: bit n when a word of n units may begin so
     std::array<Cost, kBlock + 1> restCost_{}; ///< by position in the block: of the best way from there to its end
-    std::array<std::uint8_t, kBlock> step_{}; ///< and the size of its first word
+    std::array<Step, kBlock> steps_{};        ///< and its first word
 };
 
 } // namespace kelb::segment

@@ -1,33 +1,13 @@
 #include "segment/word_dictionary.h"
 
+#include "segment/word_hash.h"
+
 #include <algorithm>
-#include <bit>
-#include <cstring>
 #include <limits>
 
 namespace kelb::segment {
 
 namespace {
-
-constexpr std::size_t kFewestSlots = 16;
-
-/// Mixes a word of at most kLongestWord units, all of them: two 64-bit words hold it with its length.
-std::uint64_t hashOf(std::u16string_view word) noexcept {
-    std::array<std::uint64_t, 2> packed{0, std::uint64_t{word.size()} << 56U};
-    std::array<char16_t, 8> units{};
-    std::copy(word.begin(), word.end(), units.begin());
-    std::array<std::uint64_t, 2> raw{};
-    std::memcpy(raw.data(), units.data(), sizeof raw);
-    packed[0] ^= raw[0];
-    packed[1] ^= raw[1];
-    std::uint64_t mixed = (packed[0] ^ 0x9E3779B97F4A7C15U) * 0xBF58476D1CE4E5B9U;
-    mixed = (mixed ^ mixed >> 32U ^ packed[1]) * 0x94D049BB133111EBU;
-    return mixed ^ mixed >> 29U;
-}
-
-std::uint32_t tagOf(std::uint64_t hash) noexcept {
-    return static_cast<std::uint32_t>(hash >> 32U);
-}
 
 void requireHoldable(std::u16string_view text, const char* what) {
     if (text.find_first_of(u"\t\n") != text.npos) {
@@ -37,26 +17,29 @@ void requireHoldable(std::u16string_view text, const char* what) {
 
 } // namespace
 
-WordDictionary::Entry WordDictionary::entry(std::size_t index) const noexcept {
-    const Slices& at = slices_[index];
-    const std::u16string_view text = text_;
-    return {text.substr(at.word, at.wordSize), text.substr(at.word + at.wordSize + 1, at.frequencySize),
-            text.substr(at.partOfSpeech, at.partOfSpeechSize)};
+std::u16string_view WordDictionary::fieldAt(std::size_t begin) const noexcept {
+    const std::u16string_view rest = std::u16string_view(text_).substr(begin);
+    const auto end = std::ranges::find_if(rest, [](char16_t unit) { return unit == u'\t' || unit == u'\n'; });
+    return {rest.begin(), end};
 }
 
-std::size_t WordDictionary::find(std::u16string_view word) const noexcept {
-    if (slots_.empty() || word.empty() || word.size() > kLongestWord) {
+WordDictionary::Entry WordDictionary::entry(std::size_t index) const noexcept {
+    const Place& place = places_[index];
+    const std::u16string_view word = fieldAt(place.word);
+    return {word, fieldAt(place.word + word.size() + 1), fieldAt(place.partOfSpeech)};
+}
+
+/// Whether the word at `begin` of text_ is the first `size` units of `text`.
+bool WordDictionary::isWordAt(std::size_t begin, std::u16string_view text, std::size_t size) const noexcept {
+    return text_[begin + size] == u'\t' && std::u16string_view(text_).substr(begin, size) == text.substr(0, size);
+}
+
+std::size_t WordDictionary::find(std::u16string_view text, std::size_t size) const noexcept {
+    if (size == 0 || size > kLongestWord) {
         return kNone;
     }
-    const std::uint64_t hash = hashOf(word);
-    const std::size_t mask = slots_.size() - 1;
-    for (std::size_t at = hash & mask; slots_[at].entry != 0; at = (at + 1) & mask) {
-        const std::size_t index = slots_[at].entry - 1;
-        if (slots_[at].tag == tagOf(hash) && wordOf(slices_[index]) == word) {
-            return index;
-        }
-    }
-    return kNone;
+    const auto same = [&](std::size_t entry) { return isWordAt(places_[entry - 1].word, text, size); };
+    return slots_.find(hashOf(text, size), same) - 1; // kNone for 0
 }
 
 std::optional<std::u16string> WordDictionary::value(std::u16string_view word) const {
@@ -68,36 +51,15 @@ std::optional<std::u16string> WordDictionary::value(std::u16string_view word) co
     return std::u16string(found.frequency).append(u"\t").append(found.partOfSpeech);
 }
 
-/// False when the word is there. Requires a free slot (growFor) and a word of text_.
-bool WordDictionary::insert(const Slices& slices) {
-    const std::u16string_view word = wordOf(slices);
-    const std::uint64_t hash = hashOf(word);
-    const std::size_t mask = slots_.size() - 1;
-    std::size_t at = hash & mask;
-    for (; slots_[at].entry != 0; at = (at + 1) & mask) {
-        if (slots_[at].tag == tagOf(hash) && wordOf(slices_[slots_[at].entry - 1]) == word) {
-            return false;
-        }
-    }
-    slices_.push_back(slices);
-    slots_[at] = {tagOf(hash), static_cast<std::uint32_t>(slices_.size())};
-    return true;
-}
-
-void WordDictionary::growFor(std::size_t words) {
-    const std::size_t needed = std::bit_ceil(std::max(kFewestSlots, words + words / 2));
-    if (needed <= slots_.size()) {
+/// Slots for so many words; what is there is entered anew when they become more.
+void WordDictionary::makeRoom(std::size_t words) {
+    if (slots_.hasRoomFor(words)) {
         return;
     }
-    slots_.assign(needed, {});
-    const std::size_t mask = needed - 1;
-    for (std::size_t index = 0; index < slices_.size(); ++index) {
-        const std::uint64_t hash = hashOf(wordOf(slices_[index]));
-        std::size_t at = hash & mask;
-        while (slots_[at].entry != 0) {
-            at = (at + 1) & mask;
-        }
-        slots_[at] = {tagOf(hash), static_cast<std::uint32_t>(index + 1)};
+    slots_.reset(std::max(words, places_.size() * 2));
+    for (std::size_t index = 0; index < places_.size(); ++index) {
+        const std::u16string_view word = fieldAt(places_[index].word);
+        slots_.insert(hashOf(word, word.size()), index + 1, [](std::size_t) { return false; });
     }
 }
 
@@ -111,16 +73,16 @@ bool WordDictionary::add(std::u16string_view word, std::u16string_view frequency
     if (find(word) != kNone) {
         return false;
     }
-    const std::size_t start = text_.size();
-    if (start + word.size() + frequency.size() + partOfSpeech.size() + 2 > std::numeric_limits<std::uint32_t>::max()) {
+    // A line of its own, also behind a text that did not end in a line end.
+    const std::size_t begin = text_.size() + 1;
+    const std::size_t behindFrequency = begin + word.size() + 1 + frequency.size();
+    if (behindFrequency + partOfSpeech.size() >= std::numeric_limits<std::uint32_t>::max()) {
         throw std::length_error("the dictionary is full: its texts take 4 G characters");
     }
-    text_.append(word).append(u"\t").append(frequency).append(u"\t").append(partOfSpeech);
-    growFor(slices_.size() + 1);
-    return insert({static_cast<std::uint32_t>(start), static_cast<std::uint32_t>(word.size()),
-                   static_cast<std::uint32_t>(frequency.size()),
-                   static_cast<std::uint32_t>(start + word.size() + frequency.size() + 2),
-                   static_cast<std::uint32_t>(partOfSpeech.size())});
+    text_.append(u"\n").append(word).append(u"\t").append(frequency).append(u"\t").append(partOfSpeech);
+    makeRoom(places_.size() + 1);
+    return insert({static_cast<std::uint32_t>(begin), static_cast<std::uint32_t>(behindFrequency + 1)}, word.size(),
+                  hashOf(word, word.size()));
 }
 
 } // namespace kelb::segment

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "segment/word_slots.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -13,7 +15,7 @@ namespace kelb::segment {
 
 inline constexpr std::size_t kLongestWord = 7; ///< units; longer words are not held
 
-/// A dictionary text that cannot be read; what() names the line and what to write there.
+/// A dictionary file that cannot be understood; what() names the line and what to write there.
 class DictionaryError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
@@ -35,15 +37,18 @@ public:
 
     WordDictionary() = default;
 
-    /// Reads lines "word TAB frequency TAB part of speech" parted by LF. An empty part of speech means that of the
-    /// nearest line before that was kept and had one; further fields are dropped; empty lines, empty words and words
-    /// of more than kLongestWord units are passed over. Throws DictionaryError for a word with fewer than three fields.
-    static WordDictionary read(std::u16string text);
+    /// Reads lines "word TAB frequency TAB part of speech" parted by LF, in code page 936. An empty part of speech
+    /// means that of the nearest line before that was kept and had one; further fields are dropped; empty lines, empty
+    /// words and words of more than kLongestWord units are passed over. Throws DictionaryError for a word with fewer
+    /// than three fields.
+    static WordDictionary read(std::string_view bytes);
 
-    std::size_t size() const noexcept { return slices_.size(); }
+    std::size_t size() const noexcept { return places_.size(); }
     Entry entry(std::size_t index) const noexcept; ///< requires index < size()
     /// Place of the word, kNone when it is not there.
-    std::size_t find(std::u16string_view word) const noexcept;
+    std::size_t find(std::u16string_view word) const noexcept { return find(word, word.size()); }
+    /// The same for the first `size` units of a text: quicker, as it need not be copied. Requires size <= text.size().
+    std::size_t find(std::u16string_view text, std::size_t size) const noexcept;
     /// The two columns with a TAB between them; no value for an unknown word.
     std::optional<std::u16string> value(std::u16string_view word) const;
     const PassedOver& passedOver() const noexcept { return passedOver_; }
@@ -55,25 +60,29 @@ public:
     static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
 private:
-    /// Where an entry's texts stand in text_; the frequency begins one unit behind the word.
-    struct Slices {
-        std::uint32_t word, wordSize, frequencySize, partOfSpeech, partOfSpeechSize;
-    };
-    /// One place of the hash table; `entry` counts from 1, 0 is free.
-    struct Slot {
-        std::uint32_t tag = 0, entry = 0;
+    /// Where an entry's texts begin in text_. Each ends at the next TAB, LF or the end; the frequency follows the word.
+    struct Place {
+        std::uint32_t word, partOfSpeech;
     };
     class Reader; // word_dictionary_read.cpp
 
-    bool insert(const Slices& slices);
-    void growFor(std::size_t words);
-    std::u16string_view wordOf(const Slices& slices) const noexcept {
-        return {text_.data() + slices.word, slices.wordSize};
+    std::u16string_view fieldAt(std::size_t begin) const noexcept;
+    bool isWordAt(std::size_t begin, std::u16string_view text, std::size_t size) const noexcept;
+    void makeRoom(std::size_t words);
+    /// Enters a word of text_; false when it is there. Requires makeRoom for one more.
+    bool insert(const Place& place, std::size_t size, std::uint64_t hash) {
+        const std::u16string_view word(text_.data() + place.word, size);
+        const auto same = [&](std::size_t entry) { return isWordAt(places_[entry - 1].word, word, size); };
+        if (!slots_.insert(hash, places_.size() + 1, same)) {
+            return false;
+        }
+        places_.push_back(place);
+        return true;
     }
 
     std::u16string text_;
-    std::vector<Slices> slices_;
-    std::vector<Slot> slots_; ///< a power of two, at most two thirds full
+    std::vector<Place> places_;
+    WordSlots slots_;
     PassedOver passedOver_;
 };
 

@@ -1,0 +1,2 @@
+add_executable(segment_bench segment_bench.cpp)
+target_link_libraries(segment_bench PRIVATE kelb_segment benchmark::benchmark_main kelb_warnings)
