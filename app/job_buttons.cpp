@@ -1,8 +1,10 @@
 #include "app/job_buttons.h"
 
 #include "app/job_contexts.h"
+#include "jobs/article_import.h"
 #include "jobs/forum_fill.h"
 #include "jobs/forum_import.h"
+#include "jobs/multipage_import.h"
 
 namespace kelb::app {
 namespace {
@@ -28,8 +30,22 @@ std::vector<JobButton> jobButtons(JobContexts& contexts) {
                  jobs::fillForumThreads({.source = request.source}, context, host, summary);
              });
          }},
-        {"Command12", kStop},
-        {"Command13", kNoStop},
+        {"Command12", kStop, jobs::kArticleImportJob,
+         [&contexts](const JobRequest& request, jobs::JobHost& host, jobs::JobSummary& summary) {
+             contexts.run(request.options, [&](jobs::Context& context) {
+                 jobs::ArticleImportOptions options;
+                 options.source = request.source;
+                 options.dest = request.destination;
+                 jobs::importArticles(options, context, host, summary);
+             });
+         }},
+        {"Command13", kNoStop, jobs::kMultipageImportJob,
+         [&contexts](const JobRequest& request, jobs::JobHost& host, jobs::JobSummary& summary) {
+             contexts.run(request.options, [&](jobs::Context& context) {
+                 jobs::importMultipageArticles({.source = request.source, .sourceTable = {}, .sink = {}}, context, host,
+                                               summary);
+             });
+         }},
         {"Command11", kStop},
         {"Command16", kNoStop},
         {"Command10", kNoStop},

@@ -104,13 +104,14 @@ inline constexpr JobText kJobs[] = {
      KELB_TEXT("填好的 sT、sC 供以后的任务直接使用。需要勾选“如果是在…采集的内容”。")},
     {"Command12", KELB_TEXT("单页文章导入"),
      KELB_TEXT("按站点标记从源库的每一行提取一篇文章，加入目的表；达到 8000 字的文章改写入 TestRec 文件夹。"),
-     KELB_TEXT("源和目的在“窗口 → 参数设定”中指定，站点在 Kelb.ini 的 [Articles] "
-               "中设置。不属于任何站点的行沿用上一行的标题和正文。")},
+     KELB_TEXT("源取自 Source DB，目的取自 Destination DB，站点在 Kelb.ini 的 [Articles] "
+               "中设置。不属于任何站点的行沿用上一行的标题和正文。日志只显示最近的一篇文章。")},
     {"Command13", KELB_TEXT("多页文章导入"),
      KELB_TEXT(
          "把分成多页的文章合并后加入 SQL Server 的 wxPrinter 表，并清空源表首页行的 blnPass、sT、sC；每次最多 10 篇。"),
      KELB_TEXT(
-         "源表缺少字段时只添加字段并结束，请再运行一次。合并的过程写入 TestRec 文件夹供检查。此任务不看“停止”框。")},
+         "服务器或数据库在 Kelb.ini 的 [SqlServer] 中设置，也可以是一个 .mdb 文件。源表缺少字段时只添加字段并结束，"
+         "请再运行一次。合并的过程写入 TestRec 文件夹供检查。此任务不看“停止”框。")},
     {"Command11", KELB_TEXT("去除源表重复"),
      KELB_TEXT("比较源表中同一主题的页面，删除重复、打不开和没有页面文件的记录及其页面文件。"),
      KELB_TEXT("编号最大的记录优先保留；标题更长的较旧页面可以取代它。缺少页面文件的记录太多时先询问。"
@@ -188,6 +189,9 @@ inline constexpr ObjectText kSummaryWords[] = {
     {"LAN mode is off: nothing can be filled",
      KELB_TEXT("没有勾选“如果是在…采集的内容”，读不到页面文件，所以什么都没有填充。")},
     {"no row of the source is a first thread page of the channel", KELB_TEXT("源表中没有该频道的主题首页。")},
+    {"the source table has no rows", KELB_TEXT("源表中没有记录。")},
+    {"no row of the source is the first page of an article of the site", KELB_TEXT("源表中没有该站点文章的首页。")},
+    {"fields were added to the source table: start the job again", KELB_TEXT("已给源表添加字段，请重新开始。")},
     {"no row of the source is a thread page of the channel", KELB_TEXT("源表中没有该频道的主题页面。")},
 };
 

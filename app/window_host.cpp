@@ -65,6 +65,11 @@ void WindowHost::log(std::u16string_view entry) {
     runLog_->add(entry);
 }
 
+void WindowHost::logAlone(std::u16string_view entry) {
+    widgets_.log.clearEntries();
+    log(entry);
+}
+
 void WindowHost::showProgress(std::u16string_view text, std::size_t done, std::size_t total) {
     text_ = text;
     done_ = done;

@@ -52,6 +52,7 @@ public:
     bool stopRequested() override;
     /// Throws platform::FileError when the log file cannot be written; the entry is on screen then.
     void log(std::u16string_view entry) override;
+    void logAlone(std::u16string_view entry) override;
     void showProgress(std::u16string_view text, std::size_t done, std::size_t total) override;
     void message(std::u16string_view title, std::u16string_view text) override;
     bool confirm(std::u16string_view question) override;

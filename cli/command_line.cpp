@@ -90,6 +90,8 @@ int runKelb(int count, const char* const* arguments) {
     std::vector<CommandPointer> commands;
     commands.push_back(makeForumImport(kelb));
     commands.push_back(makeForumFill(kelb));
+    commands.push_back(makeArticleImport(kelb));
+    commands.push_back(makeMultipageImport(kelb));
     for (CommandPointer& command : makeDatabaseCommands(kelb)) {
         commands.push_back(std::move(command));
     }

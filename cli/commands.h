@@ -11,6 +11,8 @@ using CommandPointer = std::unique_ptr<Command>;
 
 CommandPointer makeForumImport(CLI::App& kelb);
 CommandPointer makeForumFill(CLI::App& kelb);
+CommandPointer makeArticleImport(CLI::App& kelb);
+CommandPointer makeMultipageImport(CLI::App& kelb);
 CommandPointer makeCall(CLI::App& kelb);
 CommandPointer makeView(CLI::App& kelb);
 

@@ -35,7 +35,7 @@ std::string settingName(Setting setting) {
     if (info.shape == Shape::Letters) {
         return name + "X";
     }
-    return name + platform::toUtf8(info.key) + (info.shape == Shape::Numbered ? "1" : "");
+    return name + platform::toUtf8(info.key) + (info.shape == Shape::Numbered || info.shape == Shape::Rows ? "1" : "");
 }
 
 Configuration::Configuration()
@@ -51,6 +51,7 @@ Configuration::Configuration(const Reader& read) {
             break;
         }
         case Shape::Numbered:
+        case Shape::Rows:
             readNumbered(info, read);
             break;
         case Shape::Letters:
@@ -66,7 +67,7 @@ void Configuration::readNumbered(const SettingInfo& info, const Reader& read) {
     std::vector<std::u16string>& values = values_[index(info.setting)];
     for (std::size_t i = 1; i <= info.count; ++i) {
         std::u16string value = read(info.section, std::u16string(info.key) + platform::number(static_cast<long>(i)));
-        if (!value.empty()) {
+        if (info.shape == Shape::Rows || !value.empty()) {
             values.push_back(std::move(value)); // an empty fragment would match everything
         }
     }
@@ -126,7 +127,7 @@ const std::u16string& Configuration::required(Setting setting) const {
 }
 
 const std::vector<std::u16string>& Configuration::texts(Setting setting) const {
-    assert(settingInfo(setting).shape == Shape::Numbered);
+    assert(settingInfo(setting).shape == Shape::Numbered || settingInfo(setting).shape == Shape::Rows);
     return values_[index(setting)];
 }
 

@@ -74,13 +74,14 @@ struct SettingInfo {
         Text,
         Number,   ///< decimal digits
         Numbered, ///< key1 … keyN (`count`); empty ones are left out
+        Rows,     ///< key1 … keyN, each for a row of a table: empty ones keep their places
         Letters   ///< one key for each letter A to Z; `key` is empty
     };
     Setting setting;
     std::u16string_view section;
     std::u16string_view key;
     Shape shape;
-    std::size_t count;            ///< of Numbered
+    std::size_t count;            ///< of Numbered and Rows
     std::u16string_view fallback; ///< the value when the file has none; Numbered: of the first one
     std::string_view meaning;     ///< one line, English
 };
@@ -102,7 +103,7 @@ public:
     const std::u16string& text(Setting setting) const;
     /// The same, but throws SettingError, naming section and key, when it is empty.
     const std::u16string& required(Setting setting) const;
-    /// The non-empty values of a Numbered setting, in order; its default when there are none.
+    /// The non-empty values of a Numbered setting, in order; its default when there are none. All values of Rows.
     const std::vector<std::u16string>& texts(Setting setting) const;
     long number(Setting setting) const;
 

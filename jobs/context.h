@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ado/environment.h"
+#include "extract/article_markers.h"
 #include "extract/user_names.h"
 #include "jobs/configuration.h"
 #include "jobs/disposal.h"
@@ -35,6 +36,8 @@ public:
     store::ClsStoreKeeper& storeKeeper();
     /// Reads "userNames.txt".
     const extract::UserNames& userNames();
+    /// Set by the article jobs before each page.
+    extract::ArticleMarkers& markers() noexcept { return markers_; }
     PageFiles pageFiles() { return {platform_.files, configuration_.pageEncoding()}; }
 
     /// Where deleted rows and files go; empty: nowhere. At first [Safety] trash.
@@ -51,6 +54,7 @@ private:
     std::optional<rewrite::ClsSmart> smart_;
     std::optional<store::ClsStoreKeeper> storeKeeper_;
     std::optional<extract::UserNames> userNames_;
+    extract::ArticleMarkers markers_;
 };
 
 } // namespace kelb::jobs

@@ -22,6 +22,8 @@ class JobHost : public platform::UiPump {
 public:
     virtual bool stopRequested() = 0;                ///< asked between rows, never inside one
     virtual void log(std::u16string_view entry) = 0; ///< one entry; which end is up is the host's affair
+    /// One entry in the place of all that the log shows.
+    virtual void logAlone(std::u16string_view entry) { log(entry); }
     /// The progress line of the window (`Label1`). done and total are counts of rows.
     virtual void showProgress(std::u16string_view text, std::size_t done, std::size_t total) = 0;
     virtual void message(std::u16string_view title, std::u16string_view text) = 0; ///< may wait for the user

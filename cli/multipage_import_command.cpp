@@ -1,0 +1,56 @@
+#include "jobs/multipage_import.h"
+
+#include "cli/commands.h"
+#include "cli/job_run.h"
+#include "platform/utf8.h"
+
+namespace kelb::cli {
+namespace {
+
+class MultipageImportCommand final : public Command {
+public:
+    explicit MultipageImportCommand(CLI::App& kelb)
+        : Command(kelb.add_subcommand(jobs::kMultipageImportJob,
+                                      "Merge articles of several pages and add them to the table wxPrinter")) {
+        declared().add_option("--source", source_, "Crawl database [[Paths] multiDb]")->type_name("DB");
+        declared().add_option("--source-table", sourceTable_, "Its table [[Articles] multiTable]")->type_name("NAME");
+        auto* server = declared().add_option("--server", server_, "SQL Server that has the database wxDB");
+        server->type_name("HOST");
+        declared()
+            .add_option("--connection", connection_,
+                        "Connection string of any database, or the path of an .mdb file [[SqlServer]]")
+            ->type_name("TEXT")
+            ->excludes(server);
+        declared().footer(
+            "[Articles] siteAPrefix is the address before the articles' own names; page 2 of NAME.htm is\n"
+            "NAMEp2.htm. Each run takes the first 10 articles of the table and clears blnPass, sT and sC\n"
+            "of their rows; a table that lacks these fields or pagenum gets them, and the run ends.\n"
+            "Every merged text is written to TestRec/StoreN.txt in the application folder, too, to look\n"
+            "at; an article of 8,000 characters or more goes there only. Ctrl-C does not stop this job\n"
+            "between articles.\n"
+            "Without --server and --connection: [SqlServer] wxDBConnection, else server.\n"
+            "Common options: see kelb --help.");
+    }
+
+    int run(Program& program) override {
+        return runJob(program, jobs::kMultipageImportJob, std::nullopt,
+                      [this](jobs::Context& context, jobs::JobHost& host, jobs::JobSummary& summary) {
+                          jobs::importMultipageArticles({.source = platform::fromUtf8(source_),
+                                                         .sourceTable = platform::fromUtf8(sourceTable_),
+                                                         .sink = {.connection = platform::fromUtf8(connection_),
+                                                                  .server = platform::fromUtf8(server_)}},
+                                                        context, host, summary);
+                      });
+    }
+
+private:
+    std::string source_, sourceTable_, server_, connection_;
+};
+
+} // namespace
+
+CommandPointer makeMultipageImport(CLI::App& kelb) {
+    return std::make_unique<MultipageImportCommand>(kelb);
+}
+
+} // namespace kelb::cli
