@@ -25,4 +25,11 @@ std::unique_ptr<Disposal> Context::disposal(std::string_view job) {
     return trashFolder_.empty() ? makeDeletion(platform_) : makeTrash(platform_, trashFolder_, job);
 }
 
+TemplateWorkflow& Context::templateWorkflow() {
+    if (!templateWorkflow_) {
+        templateWorkflow_.emplace(databases_);
+    }
+    return *templateWorkflow_;
+}
+
 } // namespace kelb::jobs

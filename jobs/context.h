@@ -6,6 +6,7 @@
 #include "jobs/configuration.h"
 #include "jobs/disposal.h"
 #include "jobs/page_files.h"
+#include "jobs/template_workflow.h"
 #include "platform/platform.h"
 #include "rewrite/ClsSmart.h"
 #include "store/ClsStoreKeeper.h"
@@ -36,6 +37,8 @@ public:
     store::ClsStoreKeeper& storeKeeper();
     /// Reads "userNames.txt".
     const extract::UserNames& userNames();
+    /// What the set-up dialog of the template extractor leaves for it.
+    TemplateWorkflow& templateWorkflow();
     /// Set by the article jobs before each page.
     extract::ArticleMarkers& markers() noexcept { return markers_; }
     PageFiles pageFiles() { return {platform_.files, configuration_.pageEncoding()}; }
@@ -54,6 +57,7 @@ private:
     std::optional<rewrite::ClsSmart> smart_;
     std::optional<store::ClsStoreKeeper> storeKeeper_;
     std::optional<extract::UserNames> userNames_;
+    std::optional<TemplateWorkflow> templateWorkflow_;
     extract::ArticleMarkers markers_;
 };
 

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <ctime>
+#include <thread>
 
 namespace kelb::platform {
 
@@ -20,6 +21,10 @@ DateTime SystemClock::now() const {
 
 double SystemClock::steadySeconds() const {
     return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+void SystemClock::sleep(double seconds) const {
+    std::this_thread::sleep_for(std::chrono::duration<double>(seconds));
 }
 
 } // namespace kelb::platform
