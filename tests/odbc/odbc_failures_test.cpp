@@ -4,37 +4,8 @@
 #include <chrono>
 #include <tuple>
 
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
 namespace kelb::ado::testing {
 namespace {
-
-/// Takes connections and never says a word.
-class SilentServer {
-public:
-    SilentServer() : socket_(::socket(AF_INET, SOCK_STREAM, 0)) {
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        socklen_t size = sizeof(address);
-        auto* place = reinterpret_cast<sockaddr*>(&address);
-        if (::bind(socket_, place, size) != 0 || ::listen(socket_, 4) != 0 ||
-            ::getsockname(socket_, place, &size) != 0) {
-            ADD_FAILURE() << "no socket";
-        }
-        port_ = ntohs(address.sin_port);
-    }
-    ~SilentServer() { ::close(socket_); }
-    SilentServer(const SilentServer&) = delete;
-    SilentServer& operator=(const SilentServer&) = delete;
-    std::u16string port() const { return platform::fromUtf8(std::to_string(port_)); }
-
-private:
-    int socket_;
-    int port_ = 0;
-};
 
 class OdbcFailures : public OdbcFixture {
 protected:
@@ -142,24 +113,6 @@ TEST_F(OdbcFailures, AKilledServerIsToldAndTheNextConnectionWorks) {
     PostgresServer::shared().start();
     start({});
     EXPECT_EQ(rows(u"select url from wxPrinter"), "a");
-}
-
-/// FreeTDS is loaded as on a system that has no driver of the name "SQL Server".
-TEST_F(OdbcFailures, FreeTdsGivesUpWithinTheLoginTime) {
-    const SilentServer silent;
-    const auto through = [](std::u16string_view port) {
-        return u"driver=libtdsodbc.so;server=127.0.0.1;port=" + std::u16string(port) + u";Database=wxDB;uid=sa;pwd=";
-    };
-    const auto refused = opening(through(u"1"), std::chrono::seconds(3));
-    ASSERT_TRUE(refused);
-    EXPECT_EQ(refused->kind, Error::Kind::Connection) << refused->text;
-    EXPECT_NE(refused->text.find("FreeTDS"), std::string::npos) << refused->text;
-    EXPECT_LT(refused->seconds, 3);
-    const auto waited = opening(through(silent.port()), std::chrono::seconds(2));
-    ASSERT_TRUE(waited);
-    EXPECT_EQ(waited->kind, Error::Kind::Connection) << waited->text;
-    EXPECT_GT(waited->seconds, 1);
-    EXPECT_LT(waited->seconds, 8);
 }
 
 } // namespace
