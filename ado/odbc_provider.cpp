@@ -38,9 +38,12 @@ class OdbcSession final : public Session {
 public:
     explicit OdbcSession(std::shared_ptr<OdbcConnection> connection) : connection_(std::move(connection)) {}
 
-    /// The rows are fetched once, which is what every kind of cursor promises at least.
-    std::unique_ptr<RowSet> open(std::u16string_view select, CursorType /*cursor*/, LockType /*lock*/) override {
-        return std::make_unique<OdbcRowSet>(connection_, select);
+    /// The rows are fetched once, which is what every kind of cursor promises at least; those of a set that may be for
+    /// adding rows only when they are asked for.
+    std::unique_ptr<RowSet> open(std::u16string_view select, CursorType /*cursor*/, LockType lock) override {
+        using Fetch = OdbcRowSet::Fetch;
+        return std::make_unique<OdbcRowSet>(connection_, select,
+                                            lock == LockType::ReadOnly ? Fetch::Now : Fetch::WhenAsked);
     }
 
     std::size_t execute(std::u16string_view statement) override;

@@ -57,39 +57,53 @@ private:
 
 } // namespace
 
-OdbcRowSet::OdbcRowSet(std::shared_ptr<OdbcConnection> connection, std::u16string_view select)
-    : connection_(std::move(connection)), select_(select),
-      pending_(std::make_unique<OdbcStatement>(connection_, "open a record set")) {
-    pending_->prepare(select_);
-    columns_ = pending_->columns();
+OdbcRowSet::OdbcRowSet(std::shared_ptr<OdbcConnection> connection, std::u16string_view select, Fetch fetch)
+    : connection_(std::move(connection)), select_(select) {
+    auto statement = std::make_unique<OdbcStatement>(connection_, "open a record set");
+    if (fetch == Fetch::Now) {
+        statement->executeDirect(select_);
+    } else {
+        statement->prepare(select_);
+    }
+    columns_ = statement->columns();
     for (const OdbcColumn& column : columns_) {
         fields_.push_back(column.info);
     }
     table_ = tableOf(select_, connection_->nameCase());
+    if (fetch == Fetch::Now) {
+        rows_.members = readRows(*statement);
+        rows_.gone.assign(rows_.members.size(), false);
+    } else {
+        pending_ = std::move(statement);
+    }
 }
 
 // The rows
+
+std::vector<OdbcRowSet::Row> OdbcRowSet::readRows(OdbcStatement& statement) const {
+    std::vector<Row> rows;
+    while (statement.fetch()) {
+        Row& row = rows.emplace_back();
+        row.reserve(columns_.size());
+        for (std::size_t i = 0; i < columns_.size(); ++i) {
+            row.push_back(statement.read(i, columns_[i].info.type));
+        }
+    }
+    return rows;
+}
 
 void OdbcRowSet::load() const {
     if (pending_ == nullptr) {
         return;
     }
-    std::vector<Row> rows;
     try {
         pending_->execute();
-        while (pending_->fetch()) {
-            Row& row = rows.emplace_back();
-            row.reserve(columns_.size());
-            for (std::size_t i = 0; i < columns_.size(); ++i) {
-                row.push_back(pending_->read(i, columns_[i].info.type));
-            }
-        }
+        rows_.members = readRows(*pending_);
     } catch (const Error&) {
         pending_->closeRows(); // so that it can be asked again
         throw;
     }
     pending_.reset();
-    rows_.members = std::move(rows);
     placeAdded();
     rows_.gone.assign(rows_.members.size(), false);
 }
@@ -307,13 +321,19 @@ void OdbcRowSet::changeOneRow(std::u16string front, std::vector<OdbcParameter> p
     }
     parameters.reserve(parameters.size() + key_->columns.size());
     const OdbcDoing doing{"change table", table_->written, {}};
-    OdbcStatement change(connection_, doing.action, table_->written);
     std::optional<CheckedChange> checked;
     if (!key_->unique) {
         checked.emplace(*connection_);
     }
-    change.prepare(addPlace(std::move(front), stored, parameters));
-    const auto hit = change.execute(parameters);
+    const std::u16string text = addPlace(std::move(front), stored, parameters);
+    std::unique_ptr<OdbcStatement> change = std::move(change_); // gone after an error
+    if (change == nullptr || change->text() != text) {
+        change = std::make_unique<OdbcStatement>(connection_, doing.action, table_->written);
+        change->prepare(text);
+    }
+    const auto hit = change->execute(parameters);
+    change->closeRows();
+    change_ = std::move(change);
     if (hit == 0) {
         throw odbcError(Error::Kind::RowDeleted, connection_->place(), doing,
                         "the row was deleted or changed by somebody else");

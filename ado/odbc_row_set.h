@@ -12,13 +12,16 @@
 
 namespace kelb::ado {
 
-/// The rows of a SELECT on a server. Opening only describes them: they are fetched, all of them, into memory when
-/// somebody asks for one, so that a set opened for adding rows never reads the table. Values are those of that moment.
+/// The rows of a SELECT on a server, fetched into memory all at once; values are those of that moment.
 /// Rows added before it are afterwards found where the SELECT puts them, the last one at the end.
 class OdbcRowSet final : public RowSet {
 public:
+    enum class Fetch {
+        Now,
+        WhenAsked ///< opening only describes the rows, so that a set opened for adding rows never reads the table
+    };
     /// Throws Error: NoSuchTable, NoSuchColumn, Syntax, …
-    OdbcRowSet(std::shared_ptr<OdbcConnection> connection, std::u16string_view select);
+    OdbcRowSet(std::shared_ptr<OdbcConnection> connection, std::u16string_view select, Fetch fetch);
 
     const std::vector<FieldInfo>& fields() const override { return fields_; }
     std::size_t memberCount() const override;
@@ -43,6 +46,7 @@ private:
         std::vector<std::size_t> addedFields; ///< those of its fields that are known
     };
 
+    std::vector<Row> readRows(OdbcStatement& statement) const;
     void load() const;
     void placeAdded() const;
     const Row& currentRow() const;
@@ -64,6 +68,7 @@ private:
     mutable Rows rows_;
     std::unique_ptr<OdbcStatement> insert_; ///< kept for the next row with the same fields
     std::vector<std::size_t> insertFields_;
+    std::unique_ptr<OdbcStatement> change_; ///< the UPDATE or DELETE run last, kept for the next of the same text
 };
 
 } // namespace kelb::ado

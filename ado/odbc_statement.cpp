@@ -9,7 +9,7 @@ namespace kelb::ado {
 namespace {
 
 /// Units of one piece of a long value: most articles fit one, and a piece costs a call.
-constexpr std::size_t kChunk = 16 * 1024;
+constexpr std::size_t kChunk = 16'384;
 
 } // namespace
 
@@ -31,12 +31,21 @@ void OdbcStatement::require(SQLRETURN result) const {
     }
 }
 
-void OdbcStatement::prepare(std::u16string_view text) {
+/// An UPDATE or DELETE that finds no row is told as "no data".
+void OdbcStatement::requireRun(SQLRETURN result) const {
+    require(result == SQL_NO_DATA ? SQL_SUCCESS : result);
+}
+
+void OdbcStatement::take(std::u16string_view text) {
     text_ = text;
     if (text_.find(u'\0') != text_.npos) {
         throw odbcError(Error::Kind::Syntax, connection_->place(), doing(), "the statement holds the character 0");
     }
     markHalfCharacters(text_);
+}
+
+void OdbcStatement::prepare(std::u16string_view text) {
+    take(text);
     require(SQLPrepareW(get(), odbcText(text_.data()), static_cast<SQLINTEGER>(text_.size())));
 }
 
@@ -83,15 +92,14 @@ std::optional<std::size_t> OdbcStatement::execute(std::span<OdbcParameter> param
     for (OdbcParameter& parameter : parameters) {
         require(parameter.bind(get(), ++position));
     }
-    // An UPDATE or DELETE that finds no row is told as "no data".
-    const SQLRETURN result = SQLExecute(get());
-    require(result == SQL_NO_DATA ? SQL_SUCCESS : result);
+    requireRun(SQLExecute(get()));
     return rowsAffected();
 }
 
 std::optional<std::size_t> OdbcStatement::executeDirect(std::u16string_view text) {
-    prepare(text);
-    return execute();
+    take(text);
+    requireRun(SQLExecDirectW(get(), odbcText(text_.data()), static_cast<SQLINTEGER>(text_.size())));
+    return rowsAffected();
 }
 
 void OdbcStatement::listTables() {

@@ -22,11 +22,13 @@ public:
     OdbcStatement(std::shared_ptr<OdbcConnection> connection, std::string_view action, std::u16string_view table = {});
 
     void prepare(std::u16string_view text);
+    const std::u16string& text() const noexcept { return text_; }
     /// What the prepared or executed statement gives; none for one without rows.
     std::vector<OdbcColumn> columns();
     /// Runs the prepared statement with these values in place of its question marks. Result: rows affected, unless the
     /// server does not tell.
     std::optional<std::size_t> execute(std::span<OdbcParameter> parameters = {});
+    /// Runs a text at once: one message to the server where a prepared statement takes three.
     std::optional<std::size_t> executeDirect(std::u16string_view text);
 
     /// The tables of the connection's database / the key columns of one table; rows as the standard lays them out.
@@ -44,6 +46,8 @@ private:
     SQLHANDLE get() const noexcept { return handle_.get(); }
     OdbcDoing doing() const { return {action_, table_, text_}; }
     void require(SQLRETURN result) const;
+    void requireRun(SQLRETURN result) const;
+    void take(std::u16string_view text);
     std::optional<std::size_t> rowsAffected();
     template <class Number>
     std::optional<Number> readNumber(SQLUSMALLINT position, SQLSMALLINT cType);

@@ -12,8 +12,9 @@ void TableCheck::need(ado::Connection& connection, std::u16string_view path, std
     const std::string where = platform::toUtf8(path) + ": ";
     ado::Recordset row;
     try {
-        // Understood by every server; no row is read before one is asked for.
-        row.Open(u"select * from " + std::u16string(table), connection);
+        // Understood by every server, which reads no row of a set that could be for adding some.
+        row.Open(u"select * from " + std::u16string(table), connection, ado::CursorType::Keyset,
+                 ado::LockType::Optimistic);
     } catch (const ado::Error& error) {
         if (error.kind() != ado::Error::Kind::NoSuchTable) {
             throw;

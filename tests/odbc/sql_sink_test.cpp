@@ -24,6 +24,17 @@ TEST_F(SqlSink, KeepsTheLongestVersionOfAPage) {
               "http://a/'1'|s|second|1300 / http://b/|||0");
 }
 
+/// Marks that mean something to drivers, inside the text of the look-up.
+TEST_F(SqlSink, FindsAddressesWithEveryMark) {
+    ClsSQL sink(*environment, clock, kWxDb);
+    for (const std::u16string_view url : {u"http://a/?x=1&y=?", u"http://a/{fn now()}", u"http://a/\\'", u"http://a/\\",
+                                          u"http://a/-- x", u"http://a/;%_$1", u"http://a/文章\"𠀀"}) {
+        EXPECT_EQ(sink.Save2DBStomach(url, u"", u"x", 1000), 1) << platform::toUtf8(url);
+        EXPECT_EQ(sink.Save2DBStomach(url, u"", u"y", 1299), 2) << platform::toUtf8(url);
+    }
+    EXPECT_EQ(rows(u"select count(*) from qiche"), "7");
+}
+
 TEST_F(SqlSink, TakesANullLengthForZeroAndShrinkingForNoGrowth) {
     connection->Execute(u"insert into qiche (url, contentlength) values ('n', null), ('s', 2147483647)");
     ClsSQL sink(*environment, clock, kWxDb);
