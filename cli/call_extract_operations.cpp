@@ -2,6 +2,7 @@
 #include "extract/ClsYCleaner.h"
 #include "extract/Prog_Copy.h"
 #include "extract/Prog_Dz.h"
+#include "extract/Prog_Form.h"
 
 namespace kelb::cli {
 
@@ -108,6 +109,12 @@ std::vector<CallOperation> forumOperations() {
          {"html"},
          {},
          [](CallObjects&, const CallArguments& given) { return answer(extract::Prog_Dz::extTitleTag(given.text(0))); }},
+        {"Prog_Form.extModelCode",
+         {"text"},
+         {},
+         [](CallObjects&, const CallArguments& given) {
+             return answer(extract::Prog_Form::extModelCode(given.text(0)));
+         }},
     };
 }
 

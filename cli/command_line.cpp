@@ -92,6 +92,10 @@ int runKelb(int count, const char* const* arguments) {
     commands.push_back(makeForumFill(kelb));
     commands.push_back(makeArticleImport(kelb));
     commands.push_back(makeMultipageImport(kelb));
+    for (const auto make :
+         {makeDedupeSource, makeDedupeDest, makeFaultMerge, makeExportUsers, makeAddFields, makeUndo}) {
+        commands.push_back(make(kelb));
+    }
     for (CommandPointer& command : makeDatabaseCommands(kelb)) {
         commands.push_back(std::move(command));
     }

@@ -11,6 +11,12 @@ using CommandPointer = std::unique_ptr<Command>;
 
 CommandPointer makeForumImport(CLI::App& kelb);
 CommandPointer makeForumFill(CLI::App& kelb);
+CommandPointer makeDedupeSource(CLI::App& kelb);
+CommandPointer makeDedupeDest(CLI::App& kelb);
+CommandPointer makeFaultMerge(CLI::App& kelb);
+CommandPointer makeExportUsers(CLI::App& kelb);
+CommandPointer makeAddFields(CLI::App& kelb);
+CommandPointer makeUndo(CLI::App& kelb);
 CommandPointer makeArticleImport(CLI::App& kelb);
 CommandPointer makeMultipageImport(CLI::App& kelb);
 CommandPointer makeCall(CLI::App& kelb);

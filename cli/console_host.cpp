@@ -18,6 +18,11 @@ void ConsoleHost::showProgress(std::u16string_view text, std::size_t done, std::
     parts_.progress.update(text, done, total);
 }
 
+void ConsoleHost::showOutcome(std::u16string_view text, std::size_t done, std::size_t total) {
+    showProgress(text, done, total);
+    log(text);
+}
+
 void ConsoleHost::message(std::u16string_view title, std::u16string_view text) {
     std::u16string line = u"[";
     line += title;

@@ -26,8 +26,9 @@ public:
     bool stopRequested() override { return parts_.interrupt.interrupted(); }
     void log(std::u16string_view entry) override;
     void showProgress(std::u16string_view text, std::size_t done, std::size_t total) override;
-    void message(std::u16string_view title, std::u16string_view text) override; ///< "[TITLE] TEXT"
-    void warning(std::u16string_view text) override;                            ///< one line of `err`
+    void showOutcome(std::u16string_view text, std::size_t done, std::size_t total) override; ///< a line, as log()
+    void message(std::u16string_view title, std::u16string_view text) override;               ///< "[TITLE] TEXT"
+    void warning(std::u16string_view text) override;                                          ///< one line of `err`
     bool confirm(std::u16string_view) override { return agreed_; }
     jobs::PageLocation pages() override { return pages_; }
     void yield() override {}

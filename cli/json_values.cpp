@@ -1,12 +1,11 @@
 #include "cli/json_values.h"
 
+#include "jobs/base64.h"
 #include "platform/date_time.h"
 #include "platform/utf8.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <limits>
-#include <optional>
 
 namespace kelb::cli {
 namespace {
@@ -43,42 +42,9 @@ std::u16string textOf(const json& value, const ado::FieldInfo& field, const char
     return platform::fromUtf8(value.get_ref<const std::string&>());
 }
 
-std::optional<ado::Binary> fromBase64(std::string_view text) {
-    if (text.size() % 4 != 0) {
-        return std::nullopt;
-    }
-    const auto digit = [](char c) -> int {
-        constexpr std::string_view kAlphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-        const std::size_t at = kAlphabet.find(c);
-        return at == kAlphabet.npos ? -1 : static_cast<int>(at);
-    };
-    std::size_t padding = 0;
-    while (padding < 2 && text.size() > padding && text[text.size() - 1 - padding] == '=') {
-        ++padding;
-    }
-    ado::Binary bytes;
-    bytes.reserve(text.size() / 4 * 3);
-    std::uint32_t group = 0;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const int value = i >= text.size() - padding ? 0 : digit(text[i]);
-        if (value < 0) {
-            return std::nullopt;
-        }
-        group = group << 6 | static_cast<std::uint32_t>(value);
-        if (i % 4 == 3) {
-            for (int shift = 16; shift >= 0; shift -= 8) {
-                bytes.push_back(static_cast<std::byte>(group >> shift & 0xFF));
-            }
-            group = 0;
-        }
-    }
-    bytes.erase(bytes.end() - static_cast<std::ptrdiff_t>(std::min(padding, bytes.size())), bytes.end());
-    return bytes;
-}
-
 ado::Value binary(const json& value, const ado::FieldInfo& field) {
     if (value.is_string()) {
-        if (auto bytes = fromBase64(value.get_ref<const std::string&>())) {
+        if (auto bytes = jobs::fromBase64(value.get_ref<const std::string&>())) {
             return *std::move(bytes);
         }
     }

@@ -33,6 +33,7 @@ public:
         }
         threads_.Close();
         source_.Close();
+        disposal_->finish();
         host_.log(u"完成!");
     }
 
@@ -82,7 +83,7 @@ private:
             host_.log(failureLine(summary_.failed, url_, page_));
             return;
         }
-        disposal_->deleteRow(threads_);
+        disposal_->deleteRow(threads_, {sourcePath_, kForumTable});
         ++summary_.deletedRows;
         source_.flush(); // a kill must not leave the row without its file
         disposal_->deleteFile(path, location.lanFolder);

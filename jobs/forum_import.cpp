@@ -41,6 +41,7 @@ public:
         articles_.Close();
         source_.Close();
         dest_.Close();
+        disposal_->finish();
         host_.message(kProgramTitle, u"完成!");
     }
 
@@ -154,7 +155,7 @@ private:
         ++summary_.failed;
         host_.log(failureLine(summary_.failed, url_, reason_));
         if (pages_.isNotice(page_)) {
-            disposal_->deleteRow(threads_);
+            disposal_->deleteRow(threads_, {sourcePath_, kForumTable});
             ++summary_.deletedRows;
             source_.flush(); // a kill must not leave the row without its file
             disposal_->deleteFile(path, location.lanFolder);

@@ -36,6 +36,7 @@ inline constexpr std::u16string_view kForumTable = u"bbsforum";
 inline constexpr std::string_view kAlreadyThere = "alreadyThere";
 inline constexpr std::string_view kNoPageFile = "noPageFile";
 inline constexpr std::string_view kOverLong = "overLong";
+inline constexpr std::string_view kKept = "kept";
 inline constexpr std::string_view kNoticePage = "noticePage";
 
 } // namespace kelb::jobs

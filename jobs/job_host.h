@@ -26,6 +26,11 @@ public:
     virtual void logAlone(std::u16string_view entry) { log(entry); }
     /// The progress line of the window (`Label1`). done and total are counts of rows.
     virtual void showProgress(std::u16string_view text, std::size_t done, std::size_t total) = 0;
+    /// A label's text that tells what became of a row or of the run: shown like progress, and printed where nobody
+    /// sees the label.
+    virtual void showOutcome(std::u16string_view text, std::size_t done, std::size_t total) {
+        showProgress(text, done, total);
+    }
     virtual void message(std::u16string_view title, std::u16string_view text) = 0; ///< may wait for the user
     /// Whether a destructive step may be done. The window asks; the command line has --yes; else it is refused.
     virtual bool confirm(std::u16string_view question) {
@@ -35,6 +40,10 @@ public:
     /// Something that the user should know and that is no part of the job's log: standard error, the status line.
     virtual void warning(std::u16string_view text) { log(text); }
     virtual PageLocation pages() = 0; ///< LAN switch and folder
+    /// The caption of the button that started the job, from now on.
+    virtual void setCaption(std::u16string_view caption) { static_cast<void>(caption); }
+    /// The main window goes; the job runs on to its end, and the program ends with it.
+    virtual void closeWindow() {}
 };
 
 } // namespace kelb::jobs

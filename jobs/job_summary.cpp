@@ -69,6 +69,9 @@ std::string toJson(const JobSummary& summary) {
         }
         object.add("skippedBecause", reasons.done());
     }
+    for (const auto& [name, count] : summary.counts) {
+        object.add(name, count);
+    }
     if (summary.replacedCharacters != 0) {
         object.add("replacedCharacters", summary.replacedCharacters);
     }

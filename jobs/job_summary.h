@@ -25,12 +25,14 @@ struct JobSummary {
     bool stopped = false;                                            ///< ended by a stop request
     bool dryRun = false;                                             ///< nothing was changed; set by the host
     std::vector<std::pair<std::string, std::size_t>> skippedBecause; ///< in the order of their first occurrence
+    std::vector<std::pair<std::string, std::size_t>> counts;         ///< what only this job counts
     std::string note;                                                ///< why the run could do nothing, else empty
 
     void skip(std::string_view reason); ///< one row, counted under its reason
 };
 
-/// One line: {"job": "forum-import", "rows": 12, …}. The last five members only where there is something to tell.
+/// One line: {"job": "forum-import", "rows": 12, …}. The members behind the seconds only where there is something to
+/// tell.
 [[nodiscard]] std::string toJson(const JobSummary& summary);
 
 } // namespace kelb::jobs

@@ -19,6 +19,9 @@ public:
     /// Reads a page whole into `page`. False, and `page` "", when there is no file at the path (or no path).
     /// Throws platform::FileError when the file is there and cannot be read, or the drive is not mapped.
     bool read(std::u16string_view path, std::u16string& page);
+    /// The title of a page (Prog_Dz::extTitleTag) from the front of its file, which is read on only while "</title>"
+    /// has not come. Throws platform::FileError, also when there is no file.
+    std::u16string title(std::u16string_view path);
 
 private:
     platform::FileSystem& files_;

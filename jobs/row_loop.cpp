@@ -22,7 +22,9 @@ void walkRows(const RowWalk& walk, JobHost& host, JobSummary& summary, const std
         if (walk.rows.Eof() || walk.rows.Bof()) {
             return; // rows at the end were deleted by somebody else meanwhile
         }
-        host.showProgress(u"已处理: " + number(i) + u",还剩于: " + number(count - i), i, count);
+        if (walk.label == RowWalk::Label::Usual) {
+            host.showProgress(u"已处理: " + number(i) + u",还剩于: " + number(count - i), i, count);
+        }
         host.yield();
         ++summary.rows;
         step(i);

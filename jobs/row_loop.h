@@ -16,11 +16,13 @@ namespace kelb::jobs {
 struct RowWalk {
     enum class CountLine { TotalRec, None }; ///< "totalRec: " + count, or whatever the job logs itself
     enum class Stop { Watched, Ignored };
+    enum class Label { Usual, Own }; ///< "已处理: …", or whatever the job shows itself
 
     ado::Recordset& rows;                      ///< open, at its first row
     std::vector<ado::Connection*> connections; ///< whose finished changes are brought to the disk when they are due
     CountLine countLine = CountLine::TotalRec;
     Stop stop = Stop::Watched;
+    Label label = Label::Usual;
     std::size_t limit = std::numeric_limits<std::size_t>::max(); ///< rows visited at most
 };
 

@@ -1,5 +1,6 @@
 #include "jobs/row_text.h"
 
+#include "jobs/base64.h"
 #include "platform/date_time.h"
 #include "platform/utf8.h"
 
@@ -23,23 +24,6 @@ template <class Number>
 std::string digitsOf(Number number) {
     std::array<char, 64> digits{};
     return {digits.data(), std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr};
-}
-
-std::string base64(const ado::Binary& bytes) {
-    constexpr std::string_view kAlphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    std::string text;
-    text.reserve((bytes.size() + 2) / 3 * 4);
-    for (std::size_t i = 0; i < bytes.size(); i += 3) {
-        std::uint32_t group = 0;
-        for (std::size_t k = 0; k < 3; ++k) {
-            group = group << 8 | (i + k < bytes.size() ? std::to_integer<std::uint32_t>(bytes[i + k]) : 0U);
-        }
-        const std::size_t digits = std::min<std::size_t>(bytes.size() - i, 3) + 1;
-        for (std::size_t k = 0; k < 4; ++k) {
-            text += k < digits ? kAlphabet[group >> (18 - 6 * k) & 63U] : '=';
-        }
-    }
-    return text;
 }
 
 /// How a value that is no text stands in a line: bare, or between quotes.
@@ -82,7 +66,7 @@ Plain plainOf(const ado::Value& value) {
                               return time ? Plain{platform::toIso(*time), false} : asText();
                           },
                           [](const ado::Binary& bytes) {
-                              return Plain{base64(bytes), false};
+                              return Plain{toBase64(bytes), false};
                           },
                           [&](const auto&) { return asText(); },
                       },

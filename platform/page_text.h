@@ -17,6 +17,9 @@ enum class PageEncoding {
 /// "auto", "936" or "utf-8" (any case); no value for anything else.
 [[nodiscard]] std::optional<PageEncoding> parsePageEncoding(std::u16string_view name) noexcept;
 
+/// What Auto means for a page that begins with these bytes; they may end inside a character. Others stay.
+[[nodiscard]] PageEncoding encodingOf(std::string_view front, PageEncoding encoding) noexcept;
+
 /// Decodes a page. A UTF-8 byte order mark is not part of the text (Auto and Utf8).
 [[nodiscard]] std::u16string decodePage(std::string_view bytes, PageEncoding encoding);
 

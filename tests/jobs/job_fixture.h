@@ -45,7 +45,9 @@ public:
     PageLocation location{true, u"X:\\lan\\"};
     std::optional<std::size_t> stopAfter;
 
-    std::vector<std::u16string> entries, progress, boxes;
+    std::vector<std::u16string> entries, progress, boxes, outcomes, questions, captions;
+    bool agrees = false;
+    bool windowClosed = false;
     std::size_t rowsBegun = 0;
 
     bool stopRequested() override { return stopAfter && rowsBegun >= *stopAfter; }
@@ -59,6 +61,13 @@ public:
     void message(std::u16string_view title, std::u16string_view text) override {
         boxes.push_back(std::u16string(title) + u"|" + std::u16string(text));
     }
+    void showOutcome(std::u16string_view text, std::size_t, std::size_t) override { outcomes.emplace_back(text); }
+    bool confirm(std::u16string_view question) override {
+        questions.emplace_back(question);
+        return agrees;
+    }
+    void setCaption(std::u16string_view caption) override { captions.emplace_back(caption); }
+    void closeWindow() override { windowClosed = true; }
     PageLocation pages() override { return location; }
     void yield() override {}
 };

@@ -1,0 +1,2 @@
+add_executable(make_duplicates make_duplicates.cpp)
+target_link_libraries(make_duplicates PRIVATE kelb_ado kelb_warnings)
