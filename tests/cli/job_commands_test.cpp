@@ -133,6 +133,49 @@ TEST_F(JobCommands, CtrlCStopsAfterTheCurrentRow) {
     EXPECT_EQ(run({"db", "check", at("wxdb.mdb")}).status, 0);
 }
 
+TEST_F(JobCommands, ArticleImportTakesTablesAndSettings) {
+    write("home/Kelb.ini", "[Articles]\r\nsite5=digital.example\r\n");
+    run({"db", "exec", at("Comb.mdb"), "create table crawled (url varchar(255), content memo)"});
+    run({"db", "exec", at("wxdb.mdb"),
+         "create table news (url varchar(255), cid int, sT varchar(255), sC memo, recTime datetime)"});
+    const std::string body(201, 'b');
+    run({"db", "import", at("Comb.mdb"), "crawled"},
+        R"({"url": "http://digital.example/1", "content": "<h1>Title</h1><div class=\"main\" id=\"main_content\">)" +
+            body + R"(<div class=\"related\">"})" + "\n");
+    const Outcome outcome = run({"article-import", "--source", at("Comb.mdb"), "--source-table", "crawled", "--dest",
+                                 at("wxdb.mdb"), "--dest-table", "news", "--no-summary"});
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    // The entry is the log's own text, line ends of the window included.
+    EXPECT_EQ(outcome.out, "totalRec: 1\nTitle\r\n\r\n" + body + "\n");
+    EXPECT_EQ(run({"db", "query", at("wxdb.mdb"), "select sT from news"}).out, "{\"sT\": \"Title\"}\n");
+
+    write("home/Kelb.ini", "");
+    const Outcome unset = run({"article-import", "--source", at("Comb.mdb"), "--dest", at("wxdb.mdb"), "--quiet"});
+    EXPECT_EQ(unset.status, 2);
+    EXPECT_THAT(unset.err, HasSubstr("[Articles] site1"));
+}
+
+TEST_F(JobCommands, MultipageImportStoresIntoAnAccessFile) {
+    write("home/Kelb.ini", "[Articles]\r\nsiteAPrefix=http://a/art\r\n");
+    run({"db", "exec", at("wxdb.mdb"),
+         "create table wxPrinter (url varchar(255), sT varchar(255), sC memo, sA memo, recTime datetime)"});
+    run({"db", "import", at("Comb.mdb"), "bbsforum"},
+        R"({"url": "http://a/art/n10.htm", "content": "<title>T</title><div id=\"content\"><div>a</div>b</div></div><script>"})"
+        "\n");
+    const std::vector<std::string> command{"multipage-import", "--source",     at("Comb.mdb"), "--connection",
+                                           at("wxdb.mdb"),     "--no-summary", "--quiet"};
+    const Outcome first = run(command);
+    EXPECT_EQ(first.status, 0) << first.err;
+    EXPECT_THAT(first.out, HasSubstr("没有Field: pagenum or sT or sC,已创建，请重新开始"));
+    const Outcome second = run(command);
+    EXPECT_EQ(second.status, 0) << second.err;
+    EXPECT_EQ(second.out, "共有: 1条记录。\nCount4multiPage: 1,\n");
+    EXPECT_EQ(run({"db", "query", at("wxdb.mdb"), "select sT, sC from wxPrinter"}).out,
+              "{\"sT\": \"T\", \"sC\": \"</div>b\"}\n");
+    EXPECT_EQ(run({"multipage-import", "--source", at("Comb.mdb")}).status, 2) << "nothing says where to store";
+    EXPECT_EQ(run({"multipage-import", "--server", "h", "--connection", "x.mdb"}).status, 2);
+}
+
 TEST_F(JobCommands, CallAnswersLines) {
     const Outcome outcome = run({"call"}, "{\"id\": 1, \"op\": \"pubProg.killTagStr\", \"args\": [\"a<b>c\"]}\n");
     EXPECT_EQ(outcome.status, 0);

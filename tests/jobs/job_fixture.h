@@ -40,7 +40,7 @@ private:
 };
 
 /// Records what a job tells, and asks it to stop once so many rows are done.
-class RecordingHost final : public JobHost {
+class RecordingHost : public JobHost {
 public:
     PageLocation location{true, u"X:\\lan\\"};
     std::optional<std::size_t> stopAfter;
