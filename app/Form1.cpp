@@ -5,9 +5,11 @@
 #include "app/remembered_fields.h"
 #include "app/run_options_menu.h"
 #include "app/summary_text.h"
+#include "app/template_windows.h"
 #include "app/texts.h"
 #include "app/user_dialogs.h"
 #include "app/window_host.h"
+#include "jobs/job_error.h"
 #include "jobs/run_log.h"
 #include "platform/clock.h"
 #include "platform/file_system.h"
@@ -52,6 +54,18 @@ Form1::Form1(Parts parts) : parts_(std::move(parts)), ui_(std::make_unique<Ui::F
                                    .trashFolder = parts_.configuration.text(Setting::SafetyTrash),
                                    .logFile = parts_.configuration.text(Setting::SafetyLogFile)},
                                   [this](const QString& text) { say(text); });
+    templates_ = std::make_unique<TemplateWindows>(TemplateWindows::Parts{
+        .contexts = parts_.contexts,
+        .dialogs = parts_.dialogs,
+        .options = [this] { return options_->options(); },
+        .jobRuns = [this] { return jobRuns(); },
+        .log = [this](const QString& error) { ui_->Text2->add(fromQt(texts::shown(texts::kErrorEntry) + error)); },
+        .finished =
+            [this] {
+                if (closeAsked_) {
+                    close();
+                }
+            }});
     connectFields();
     connectMenus();
     connectJobs();
@@ -61,6 +75,7 @@ Form1::Form1(Parts parts) : parts_(std::move(parts)), ui_(std::make_unique<Ui::F
 }
 
 Form1::~Form1() {
+    templates_.reset();
     delete viewer_;
     delete jobsPage_;
 }
@@ -124,7 +139,7 @@ void Form1::connectFields() {
 }
 
 void Form1::connectMenus() {
-    connect(ui_->ActionSetup, &QAction::triggered, this, [this] { say(texts::shown(texts::kSetupMissing)); });
+    connect(ui_->ActionSetup, &QAction::triggered, this, &Form1::showSetup);
     connect(ui_->ActionViewer, &QAction::triggered, this, &Form1::showViewer);
     connect(ui_->ActionQuit, &QAction::triggered, this, &Form1::close);
     connect(ui_->ActionJobs, &QAction::triggered, this, &Form1::showJobsPage);
@@ -148,6 +163,8 @@ void Form1::press(const JobButton& job) {
     const QString caption = captionOf(*this, job.button);
     if (jobRuns()) {
         say(texts::shown(texts::kJobRuns).arg(captionOf(*this, running_->button)));
+    } else if (templates_->extracts()) {
+        say(texts::shown(texts::kExtractorRuns));
     } else if (!job.run) {
         say(texts::shown(texts::kNotBuilt).arg(caption));
     } else {
@@ -162,8 +179,11 @@ void Form1::run(const JobButton& job, const QString& caption) {
     say(texts::shown(texts::kRunning).arg(caption));
     jobs::JobSummary summary(job.job);
     QString error;
+    bool refused = false;
     try {
         runJob(job, summary);
+    } catch (const jobs::Refused&) { // by the user, who needs no box to be told so
+        refused = true;
     } catch (const std::exception& failure) {
         error = QString::fromUtf8(failure.what());
     }
@@ -174,18 +194,24 @@ void Form1::run(const JobButton& job, const QString& caption) {
     if (!error.isEmpty()) {
         say(texts::shown(texts::kFailed).arg(caption));
         parts_.dialogs.error(this, texts::shown(texts::kErrorTitle), error);
+    } else if (refused) {
+        say(texts::shown(texts::kRefused));
     } else {
         say(texts::shown(summary.stopped && summary.rows == 0 ? texts::kStopIsTicked : texts::kReady));
     }
-    if (closeAsked_) {
+    if (closeAsked_ || host_->windowClosed()) {
         close();
+    }
+    if (host_->windowClosed()) {
+        QCoreApplication::quit(); // no window is left whose closing would end the program
     }
 }
 
 void Form1::runJob(const JobButton& job, jobs::JobSummary& summary) {
     const JobRequest request{fromQt(ui_->TextSource->text()), fromQt(ui_->Text3->text()), options_->options()};
     jobs::RunLog runLog(parts_.platform, request.options.logFile);
-    host_->begin(findChild<QCheckBox*>(QLatin1String(job.stopBox)), runLog);
+    host_->begin(findChild<QCheckBox*>(QLatin1String(job.stopBox)), runLog,
+                 findChild<QPushButton*>(QLatin1String(job.button)));
     summary.dryRun = request.options.dryRun;
     const auto secondsSince = [this](double begun) {
         return parts_.platform.clock.steadySeconds() - begun - host_->waitedSeconds();
@@ -193,6 +219,12 @@ void Form1::runJob(const JobButton& job, jobs::JobSummary& summary) {
     const double start = parts_.platform.clock.steadySeconds();
     try {
         job.run(request, *host_, summary);
+    } catch (const jobs::Refused&) {
+        summary.seconds = secondsSince(start);
+        const std::u16string entry = fromQt(texts::shown(texts::kRefused));
+        ui_->Text2->add(entry);
+        runLog.addLast(entry);
+        throw;
     } catch (const std::exception& failure) {
         summary.seconds = secondsSince(start);
         const std::u16string entry = fromQt(texts::shown(texts::kErrorEntry)) + platform::fromUtf8(failure.what());
@@ -214,6 +246,16 @@ void Form1::showRunning(bool running) {
 void Form1::showSummary(const QString& text) {
     ui_->LabelSummary->setText(text);
     ui_->LabelSummary->setVisible(!text.isEmpty());
+}
+
+void Form1::showSetup() {
+    if (jobRuns()) {
+        say(texts::shown(texts::kJobRuns).arg(captionOf(*this, running_->button)));
+    } else if (templates_->extracts()) {
+        say(texts::shown(texts::kExtractorRuns));
+    } else {
+        templates_->showSetup();
+    }
 }
 
 void Form1::showViewer() {
@@ -249,6 +291,14 @@ void Form1::closeEvent(QCloseEvent* event) {
         event->ignore();
         return;
     }
+    if (templates_->extracts()) {
+        closeAsked_ = true;
+        templates_->requestStop();
+        say(texts::shown(texts::kClosing));
+        event->ignore();
+        return;
+    }
+    templates_->closeAll();
     fields_->save();
     for (QWidget* other : {static_cast<QWidget*>(jobsPage_.data()), viewer_.data()}) {
         if (other != nullptr) {

@@ -23,7 +23,9 @@ namespace kelb::app {
 
 class PathField;
 class RememberedFields;
+class JobContexts;
 class RunOptionsMenu;
+class TemplateWindows;
 class UserDialogs;
 class WindowHost;
 
@@ -39,6 +41,7 @@ public:
         UserDialogs& dialogs;
         QSettings& remembered; ///< fields, options and place from the last start
         std::vector<JobButton> jobs;
+        JobContexts& contexts; ///< what the template workflow works on
         /// Makes the window of the menu entry; nullptr when the program was built without it.
         std::function<std::unique_ptr<QWidget>()> makePageViewer;
         QString about; ///< text of the about box
@@ -47,6 +50,7 @@ public:
     ~Form1() override;
 
     bool jobRuns() const noexcept { return running_ != nullptr; }
+    TemplateWindows& templates() noexcept { return *templates_; }
     /// One line for the status bar; stays until the next one.
     void say(const QString& text);
 
@@ -66,6 +70,7 @@ private:
     void runJob(const JobButton& job, jobs::JobSummary& summary);
     void showRunning(bool running);
     void showSummary(const QString& text);
+    void showSetup();
     void showViewer();
     void showJobsPage();
 
@@ -77,6 +82,7 @@ private:
     RunOptionsMenu* options_ = nullptr; ///< a child of the window
     QPointer<QTextBrowser> jobsPage_;
     QPointer<QWidget> viewer_;
+    std::unique_ptr<TemplateWindows> templates_;
     const JobButton* running_ = nullptr;
     bool closeAsked_ = false;
 };

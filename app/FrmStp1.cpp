@@ -219,6 +219,7 @@ void FrmStp1::fillPreview(const std::u16string& path) {
         }
     }
     rows_.resizeColumnsToContents();
+    rows_.resizeRowsToContents();
 }
 
 } // namespace kelb::app

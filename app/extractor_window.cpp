@@ -57,6 +57,16 @@ QString linesOf(std::span<const std::u16string_view> pieces) {
     return lines;
 }
 
+/// Lines of one height, whatever fonts their characters come from.
+void setLines(QTextEdit& view, const QString& lines) {
+    view.setPlainText(lines);
+    QTextBlockFormat format;
+    format.setLineHeight(view.fontMetrics().height() * 5 / 4, QTextBlockFormat::FixedHeight);
+    QTextCursor all(view.document());
+    all.select(QTextCursor::Document);
+    all.mergeBlockFormat(format);
+}
+
 } // namespace
 
 ExtractorWindow::ExtractorWindow(Parts parts)
@@ -108,8 +118,10 @@ ExtractorWindow::~ExtractorWindow() {
     }
 }
 
-QPlainTextEdit& ExtractorWindow::text(const char* name, const char* shown) {
-    auto* made = new QPlainTextEdit(QString::fromUtf8(shown), this);
+QTextEdit& ExtractorWindow::text(const char* name, const char* shown) {
+    auto* made = new QTextEdit(this);
+    made->setAcceptRichText(false);
+    made->setPlainText(QString::fromUtf8(shown));
     made->setObjectName(name);
     made->setReadOnly(true);
     made->setUndoRedoEnabled(false);
@@ -163,8 +175,8 @@ QWidget* ExtractorWindow::resultTab() {
 }
 
 QWidget* ExtractorWindow::modelTab() {
-    for (QPlainTextEdit* view : {&fragments_, &names_}) {
-        view->setLineWrapMode(QPlainTextEdit::NoWrap);
+    for (QTextEdit* view : {&fragments_, &names_}) {
+        view->setLineWrapMode(QTextEdit::NoWrap);
     }
     // Names and fragments move together.
     for (const auto& [from, to] : {std::pair{&fragments_, &names_}, std::pair{&names_, &fragments_}}) {
@@ -273,8 +285,8 @@ void ExtractorWindow::closeEvent(QCloseEvent* event) {
 }
 
 void ExtractorWindow::showModel(const extract::TemplateModel& model) {
-    fragments_.setPlainText(linesOf(model.fragments()));
-    names_.setPlainText(linesOf(model.names()));
+    setLines(fragments_, linesOf(model.fragments()));
+    setLines(names_, linesOf(model.names()));
 }
 
 void ExtractorWindow::showHits(const extract::Alignment& alignment) {

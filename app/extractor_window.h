@@ -4,7 +4,7 @@
 #include "jobs/context.h"
 
 #include <QElapsedTimer>
-#include <QPlainTextEdit>
+#include <QTextEdit>
 #include <QTimer>
 #include <QWidget>
 
@@ -73,7 +73,7 @@ private:
     QPushButton* button(const char* name, const QString& caption, const char* toolTip,
                         void (ExtractorWindow::*pressed)());
     QCheckBox& box(const char* name, const char* caption, const char* toolTip);
-    QPlainTextEdit& text(const char* name, const char* shown);
+    QTextEdit& text(const char* name, const char* shown);
     QWidget* buttonRow();
     QWidget* resultTab();
     QWidget* modelTab();
@@ -83,7 +83,7 @@ private:
     void markHits(const extract::Alignment& alignment);
 
     Parts parts_;
-    QPlainTextEdit &body_, &fragments_, &names_, &article_;  ///< `Text1` to `Text4`
+    QTextEdit &body_, &fragments_, &names_, &article_;       ///< `Text1` to `Text4`
     QLineEdit& path_;                                        ///< `Text5`
     QLabel &result_, &phase_, &hint_, &counts_, &hitCounts_; ///< `Label2`, `Label1` and our own
     QCheckBox &interrupt_, &slow_;                           ///< `Check1`, `Check2`

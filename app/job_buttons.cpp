@@ -1,7 +1,12 @@
 #include "app/job_buttons.h"
 
 #include "app/job_contexts.h"
+#include "jobs/add_fields.h"
 #include "jobs/article_import.h"
+#include "jobs/dedupe_dest.h"
+#include "jobs/dedupe_source.h"
+#include "jobs/export_users.h"
+#include "jobs/fault_merge.h"
 #include "jobs/forum_fill.h"
 #include "jobs/forum_import.h"
 #include "jobs/multipage_import.h"
@@ -46,12 +51,37 @@ std::vector<JobButton> jobButtons(JobContexts& contexts) {
                                                summary);
              });
          }},
-        {"Command11", kStop},
-        {"Command16", kNoStop},
-        {"Command10", kNoStop},
+        {"Command11", kStop, jobs::kDedupeSourceJob,
+         [&contexts](const JobRequest& request, jobs::JobHost& host, jobs::JobSummary& summary) {
+             contexts.run(request.options, [&](jobs::Context& context) {
+                 jobs::dedupeSource({.source = request.source}, context, host, summary);
+             });
+         }},
+        {"Command16", kNoStop, jobs::kDedupeDestJob,
+         [&contexts](const JobRequest& request, jobs::JobHost& host, jobs::JobSummary& summary) {
+             contexts.run(request.options, [&](jobs::Context& context) {
+                 jobs::dedupeDest({.dest = request.destination, .table = {}}, context, host, summary);
+             });
+         }},
+        {"Command10", kNoStop, jobs::kFaultMergeJob,
+         [&contexts](const JobRequest& request, jobs::JobHost& host, jobs::JobSummary& summary) {
+             contexts.run(request.options, [&](jobs::Context& context) {
+                 jobs::mergeFaults({.database = request.source, .table = {}}, context, host, summary);
+             });
+         }},
         {"Command5", kStopParameters},
-        {"Command3", kNoStop},
-        {"Command4", kNoStop},
+        {"Command3", kNoStop, jobs::kExportUsersJob,
+         [&contexts](const JobRequest& request, jobs::JobHost& host, jobs::JobSummary& summary) {
+             contexts.run(request.options, [&](jobs::Context& context) {
+                 jobs::exportUsers({.database = request.source}, context, host, summary);
+             });
+         }},
+        {"Command4", kNoStop, jobs::kAddFieldsJob,
+         [&contexts](const JobRequest& request, jobs::JobHost& host, jobs::JobSummary& summary) {
+             contexts.run(request.options, [&](jobs::Context& context) {
+                 jobs::addFields({.database = request.source, .table = {}}, context, host, summary);
+             });
+         }},
     };
 }
 

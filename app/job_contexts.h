@@ -5,6 +5,7 @@
 #include "platform/platform.h"
 
 #include <functional>
+#include <memory>
 
 namespace kelb::app {
 
@@ -17,11 +18,12 @@ public:
 
     /// Hands the run its context. That of a dry run ends with it: the next run starts from what is on the disk.
     void run(const RunOptions& options, const std::function<void(jobs::Context&)>& job);
+    /// The context of windows that stay open: the program's own, or one for a dry run, which ends with its last holder.
+    /// The program's must not outlive this.
+    std::shared_ptr<jobs::Context> hold(const RunOptions& options);
     jobs::Context& program() noexcept { return program_; }
 
 private:
-    void runDry(const RunOptions& options, const std::function<void(jobs::Context&)>& job);
-
     platform::Platform& platform_;
     jobs::Context program_;
 };

@@ -74,6 +74,7 @@ int showMainWindow(Program& program, const StartOptions& options, UserDialogs& d
          .dialogs = dialogs,
          .remembered = remembered,
          .jobs = jobButtons(program.contexts()),
+         .contexts = program.contexts(),
          .makePageViewer = [&] { return makePageViewer(viewed, program.platform().files, dialogs); },
          .about =
              texts::shown(texts::kAbout).arg(QApplication::applicationVersion(), home, toQt(program.settingsFile()))});

@@ -149,6 +149,7 @@ inline constexpr char kRunning[] = KELB_TEXT("正在运行：%1");
 inline constexpr char kStopIsTicked[] = KELB_TEXT("停止框已勾选，任务没有处理任何行；请取消勾选后再运行。");
 inline constexpr char kClosing[] = KELB_TEXT("任务在当前行之后停止，然后窗口关闭。");
 inline constexpr char kFailed[] = KELB_TEXT("“%1”出错，已结束。");
+inline constexpr char kRefused[] = KELB_TEXT("已取消，什么都没有改变。");
 inline constexpr char kNotWritable[] = KELB_TEXT("程序文件夹不可写，过长的文章无法保存：%1");
 inline constexpr char kLogSaved[] = KELB_TEXT("日志已保存：%1");
 inline constexpr char kNotSaved[] = KELB_TEXT("无法写入 %1：%2");
@@ -184,6 +185,19 @@ inline constexpr ObjectText kSummaryWords[] = {
     {"noPageFile", KELB_TEXT("没有页面文件")},
     {"overLong", KELB_TEXT("过长")},
     {"noticePage", KELB_TEXT("提示信息页")},
+    {"kept", KELB_TEXT("保留")},
+    {"nullUrl", KELB_TEXT("网址为 Null")},
+    {"blankUrl", KELB_TEXT("网址为空")},
+    {"notAThreadPage", KELB_TEXT("网址不符合主题页格式")},
+    {"routerPage", KELB_TEXT("路由器页面")},
+    {"duplicate", KELB_TEXT("重复")},
+    {"duplicateWithOtherTitle", KELB_TEXT("重复（标题不同）")},
+    {"blockedTitle", KELB_TEXT("标题不合格")},
+    {"noPartner", KELB_TEXT("没有型号相同的另一条")},
+    {"withdrawn", KELB_TEXT("已被合并撤下")},
+    {"noName", KELB_TEXT("没有名字")},
+    {"singleByteName", KELB_TEXT("不以汉字开头")},
+    {"only the first 300 rows were read", KELB_TEXT("只读取了前 300 行。")},
     {"LAN mode is off: nothing can be imported",
      KELB_TEXT("没有勾选“如果是在…采集的内容”，读不到页面文件，所以什么都没有导入。")},
     {"LAN mode is off: nothing can be filled",
@@ -230,7 +244,37 @@ inline constexpr char kViewerLoading[] = KELB_TEXT("正在打开…");
 inline constexpr char kViewerFailed[] = KELB_TEXT("无法打开：%1");
 inline constexpr char kViewerMissing[] =
     KELB_TEXT("页面查看器不可用：此程序编译时没有 Qt WebEngine（Debian 软件包 qt6-webengine-dev）。");
-inline constexpr char kSetupMissing[] = KELB_TEXT("参数设定窗口尚未实现。");
+
+// The template workflow: set-up dialog and extractor.
+inline constexpr char kPreview[] = KELB_TEXT("源表的前几行");
+inline constexpr char kPreviewFailed[] = KELB_TEXT("无法预览：%1");
+inline constexpr char kNextTip[] = KELB_TEXT("打开源表和目的表（没有目的表时先建立它），然后打开模板提取窗口。");
+inline constexpr char kQueryTip[] = KELB_TEXT("只作显示：总是打开整个源表。");
+inline constexpr char kTypeTip[] = KELB_TEXT("只作显示：总是作为 Access 数据库打开。");
+inline constexpr char kExtractorDryRun[] = KELB_TEXT("%1（试运行：什么都不保存）");
+inline constexpr char kTabResult[] = KELB_TEXT("提取结果");
+inline constexpr char kTabModel[] = KELB_TEXT("模版");
+inline constexpr char kContinuousTip[] =
+    KELB_TEXT("从当前行起逐行提取，把文章加入目的表；每次最多走与源表行数相同的步数。");
+inline constexpr char kNextPageTip[] = KELB_TEXT("处理当前行，然后移到下一行；学习阶段之后文章加入目的表。");
+inline constexpr char kBackTip[] = KELB_TEXT("退回两行，使上一行可以再处理；不改变任何数据。");
+inline constexpr char kOpenResultTip[] = KELB_TEXT("用系统关联的程序打开目的数据库文件。");
+inline constexpr char kInterruptTip[] = KELB_TEXT("勾选后在当前行之后中断。");
+inline constexpr char kSlowTip[] = KELB_TEXT("勾选后“连续提取”由定时器推动，每次最多保存一篇长文章。");
+inline constexpr char kSetupTip[] = KELB_TEXT("重新指定源和目的；本窗口随之关闭。");
+inline constexpr char kCloseTip[] = KELB_TEXT("关闭本窗口；学到的内容不保留。");
+inline constexpr char kSetupButton[] = KELB_TEXT("参数设定…");
+inline constexpr char kCloseButton[] = KELB_TEXT("关闭");
+inline constexpr char kLearning[] = KELB_TEXT("学习阶段：还需 %1 篇 100 字以上的文章；不足 106 篇时什么都不会保存。");
+inline constexpr char kSaving[] = KELB_TEXT("保存阶段：文章加入目的表。");
+inline constexpr char kExtractorCounts[] = KELB_TEXT("共 %1 行，已走 %2 行，保存 %3，过短 %4，过长 %5");
+inline constexpr char kModelHits[] = KELB_TEXT("与模版相符的片段：%1 / %2（正向 %3，反向 %4）");
+inline constexpr char kBrowse[] = KELB_TEXT("浏览…");
+inline constexpr char kJobRunsElsewhere[] = KELB_TEXT("主窗口的任务正在运行，请等它结束。");
+inline constexpr char kExtractorBusy[] = KELB_TEXT("正在提取，请等它结束或勾选“中断”。");
+inline constexpr char kAtEnd[] = KELB_TEXT("已到源表末尾。");
+inline constexpr char kExtractorRuns[] = KELB_TEXT("模板提取正在运行，请等它结束或勾选它的“中断”。");
+inline constexpr char kNothingOpens[] = KELB_TEXT("没有程序可以打开这个文件：%1");
 
 // The command line.
 inline constexpr char kUsage[] = KELB_TEXT(

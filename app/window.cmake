@@ -6,6 +6,8 @@ kelb_library(kelb_window
     SOURCES
         app/Form1.cpp
         app/Form1.ui
+        app/FrmStp1.cpp
+        app/extractor_window.cpp
         app/form_texts.cpp
         app/job_buttons.cpp
         app/job_contexts.cpp
@@ -18,6 +20,7 @@ kelb_library(kelb_window
         app/run_options_menu.cpp
         app/start_options.cpp
         app/summary_text.cpp
+        app/template_windows.cpp
         app/texts.cpp
         app/user_dialogs.cpp
         app/window_host.cpp

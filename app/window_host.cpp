@@ -7,6 +7,7 @@
 #include "jobs/page_files.h"
 #include "platform/clock.h"
 
+#include <QAbstractButton>
 #include <QCheckBox>
 #include <QCoreApplication>
 #include <QLabel>
@@ -29,8 +30,9 @@ WindowHost::WindowHost(Widgets widgets, UserDialogs& dialogs, platform::Platform
     widgets_.bar.setRange(0, kBarSteps);
 }
 
-void WindowHost::begin(const QCheckBox* stopBox, jobs::RunLog& runLog) {
+void WindowHost::begin(const QCheckBox* stopBox, jobs::RunLog& runLog, QAbstractButton* button) {
     runLog_ = &runLog;
+    button_ = button;
     stopBox_ = stopBox;
     stopAsked_ = false;
     waited_ = 0;
@@ -49,6 +51,7 @@ void WindowHost::end() {
     showEverything();
     stopBox_ = nullptr;
     runLog_ = nullptr;
+    button_ = nullptr;
 }
 
 void WindowHost::showEverything() {
@@ -106,6 +109,17 @@ jobs::PageLocation WindowHost::pages() {
         folderAsTyped_ = typed;
     }
     return {widgets_.lanMode.isChecked(), folderText_};
+}
+
+void WindowHost::setCaption(std::u16string_view caption) {
+    if (button_ != nullptr) {
+        button_->setText(toQt(caption));
+    }
+}
+
+void WindowHost::closeWindow() {
+    windowClosed_ = true;
+    widgets_.window.hide();
 }
 
 void WindowHost::yield() {

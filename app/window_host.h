@@ -11,6 +11,7 @@
 
 #include <QString>
 
+class QAbstractButton;
 class QCheckBox;
 class QLabel;
 class QLineEdit;
@@ -40,12 +41,14 @@ public:
     WindowHost(Widgets widgets, UserDialogs& dialogs, platform::Platform& platform);
 
     /// A run begins: the progress of the last one goes. `stopBox` stops this run while it is ticked, may be null; every
-    /// entry goes to `runLog`, too. Both are the run's and stay until end().
-    void begin(const QCheckBox* stopBox, jobs::RunLog& runLog);
+    /// entry goes to `runLog`, too; `button` started the run, may be null. They are the run's and stay until end().
+    void begin(const QCheckBox* stopBox, jobs::RunLog& runLog, QAbstractButton* button = nullptr);
     /// The run has ended: everything that it told is on screen.
     void end();
     /// How long the run has waited for the user in boxes.
     double waitedSeconds() const noexcept { return waited_; }
+    /// A run has closed the window: the program ends with the run.
+    bool windowClosed() const noexcept { return windowClosed_; }
     /// Asks the run to stop, whatever its stop box says.
     void requestStop() noexcept { stopAsked_ = true; }
 
@@ -59,6 +62,8 @@ public:
     void warning(std::u16string_view text) override; ///< in the status line and the log file
     jobs::PageLocation pages() override;
     void yield() override;
+    void setCaption(std::u16string_view caption) override;
+    void closeWindow() override;
 
 private:
     void showPending(double now);
@@ -69,7 +74,9 @@ private:
     platform::Platform& platform_;
     const QCheckBox* stopBox_ = nullptr;
     jobs::RunLog* runLog_ = nullptr;
+    QAbstractButton* button_ = nullptr;
     bool stopAsked_ = false;
+    bool windowClosed_ = false;
     ProgressMeter meter_;
     std::u16string text_;
     std::size_t done_ = 0;

@@ -2,6 +2,7 @@
 // a look at the events, until the last one is on screen. Usage: window_bench ENTRIES
 
 #include "app/Form1.h"
+#include "app/job_contexts.h"
 #include "app/user_dialogs.h"
 #include "platform/clock.h"
 #include "platform/memory_file_system.h"
@@ -26,6 +27,7 @@ double secondsToLog(std::size_t entries) {
     platform::SystemRandom random;
     platform::Platform platform{files, clock, random, u"/bench"};
     const jobs::Configuration configuration;
+    app::JobContexts contexts(platform, configuration);
     const QTemporaryDir folder;
     QSettings remembered(folder.filePath("bench.ini"), QSettings::IniFormat);
     const std::unique_ptr<app::UserDialogs> dialogs = app::makeUserDialogs();
@@ -42,6 +44,7 @@ double secondsToLog(std::size_t entries) {
                      .dialogs = *dialogs,
                      .remembered = remembered,
                      .jobs = {{"Command1", "ChkStopFor", "log", job}},
+                     .contexts = contexts,
                      .makePageViewer = [] { return std::unique_ptr<QWidget>(); },
                      .about = {}});
     form.show();

@@ -2,6 +2,7 @@
 
 #include "extract/Cls4Article.h"
 #include "extract/Cls4Discuz.h"
+#include "extract/ClsWebExtractor.h"
 #include "extract/article_markers.h"
 #include "extract/user_names.h"
 #include "platform/platform.h"
@@ -28,6 +29,7 @@ public:
     const extract::UserNames& userNames();
     extract::Cls4Discuz discuz();
     extract::Cls4Article article(); ///< reads the markers that were set last
+    extract::ClsWebExtractor& webExtractor() { return state_.webExtractor; }
     /// Reads its dictionary at the first text that it cuts.
     segment::ClsFenCi& fenCi();
     const platform::Platform& platform() const noexcept { return platform_; }
@@ -35,7 +37,7 @@ public:
 
     void setUserNames(extract::UserNames names) { state_.userNames = std::move(names); }
     void setMarkers(extract::ArticleMarkers markers) { state_.markers = std::move(markers); }
-    void setSiteName(std::u16string siteName) { state_.siteName = std::move(siteName); }
+    void setSiteName(std::u16string siteName) { state_.webExtractor.setSiteName(std::move(siteName)); }
 
 private:
     struct State {
@@ -43,7 +45,7 @@ private:
         std::optional<extract::UserNames> userNames;
         std::unique_ptr<segment::ClsFenCi> fenCi;
         extract::ArticleMarkers markers;
-        std::u16string siteName;
+        extract::ClsWebExtractor webExtractor{u""};
     };
 
     const platform::Platform& platform_;

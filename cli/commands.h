@@ -19,6 +19,7 @@ CommandPointer makeAddFields(CLI::App& kelb);
 CommandPointer makeUndo(CLI::App& kelb);
 CommandPointer makeArticleImport(CLI::App& kelb);
 CommandPointer makeMultipageImport(CLI::App& kelb);
+CommandPointer makeTemplateExtract(CLI::App& kelb);
 CommandPointer makeCall(CLI::App& kelb);
 CommandPointer makeView(CLI::App& kelb);
 

@@ -20,6 +20,8 @@ public:
     explicit ClsWebExtractor(std::u16string siteName, platform::UiPump* pump = nullptr)
         : siteName_(std::move(siteName)), pump_(pump) {}
 
+    void setSiteName(std::u16string siteName) { siteName_ = std::move(siteName); }
+
     /// One page's lines in page order. `outFirstLine`: the first line that is left, "" without one; `outContent`: those
     /// behind it, joined with "<br>", left as it is where there are none. The result is always false. Kept
     bool extC(const std::vector<std::u16string>& lines, std::u16string& outFirstLine, std::u16string& outContent);

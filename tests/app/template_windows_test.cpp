@@ -11,7 +11,7 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
-#include <QPlainTextEdit>
+#include <QTextEdit>
 #include <QPushButton>
 #include <QTableWidget>
 
@@ -82,15 +82,15 @@ TEST_F(TemplateWindowsTest, ProposesAndHandsOverToTheExtractor) {
     next();
     EXPECT_EQ(form->templates().setup(), nullptr);
     EXPECT_TRUE(extractor().isVisible());
-    EXPECT_EQ(in<QPlainTextEdit>(extractor(), "Text2").toPlainText(), "\nbody>⏎\ndiv>a⏎b\n/div>\n/body>");
-    EXPECT_EQ(in<QPlainTextEdit>(extractor(), "Text3").toPlainText(), "\nbody\ndiv\n/div\n/body");
+    EXPECT_EQ(in<QTextEdit>(extractor(), "Text2").toPlainText(), "\nbody>⏎\ndiv>a⏎b\n/div>\n/body>");
+    EXPECT_EQ(in<QTextEdit>(extractor(), "Text3").toPlainText(), "\nbody\ndiv\n/div\n/body");
     in<QPushButton>(extractor(), "CmdNxt").click();
     EXPECT_EQ(in<QLabel>(extractor(), "Label2").text(), "正常提取! 120 http://s/1");
     EXPECT_EQ(in<QLabel>(extractor(), "Label1").text(), "预处理! 0");
     EXPECT_EQ(in<QLineEdit>(extractor(), "Text5").text(), "C:\\pages\\1.htm");
-    EXPECT_EQ(in<QPlainTextEdit>(extractor(), "Text1").toPlainText(), QString(120, u'文'));
+    EXPECT_EQ(in<QTextEdit>(extractor(), "Text1").toPlainText(), QString(120, u'文'));
     EXPECT_TRUE(in<QLabel>(extractor(), "LabelHint").text().contains("105"));
-    EXPECT_FALSE(in<QPlainTextEdit>(extractor(), "Text2").extraSelections().isEmpty());
+    EXPECT_FALSE(in<QTextEdit>(extractor(), "Text2").extraSelections().isEmpty());
     extractor().Command1_Click();
     EXPECT_EQ(in<QLabel>(extractor(), "Label2").text(), "内容过少! 1 http://s/2");
     ASSERT_EQ(dialogs.messages.size(), 1U);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/Form1.h"
+#include "app/job_contexts.h"
 #include "app/log_view.h"
 #include "app/user_dialogs.h"
 #include "platform/clock.h"
@@ -76,11 +77,13 @@ protected:
             const auto found = std::ranges::find_if(settings, [key](const auto& each) { return each.first == key; });
             return found == settings.end() ? std::u16string() : found->second;
         });
+        contexts = std::make_unique<JobContexts>(platform, configuration);
         form = std::make_unique<Form1>(Form1::Parts{.platform = platform,
                                                     .configuration = configuration,
                                                     .dialogs = dialogs,
                                                     .remembered = *remembered,
                                                     .jobs = std::move(buttons),
+                                                    .contexts = *contexts,
                                                     .makePageViewer = [] { return std::unique_ptr<QWidget>(); },
                                                     .about = "about"});
         form->show();
@@ -110,6 +113,7 @@ protected:
     platform::Platform platform{files, clock, random, u"C:\\Kelb"};
     jobs::Configuration configuration;
     AnsweringDialogs dialogs;
+    std::unique_ptr<JobContexts> contexts;
     std::unique_ptr<QSettings> remembered;
     std::unique_ptr<Form1> form;
 };
