@@ -61,7 +61,7 @@ QString linesOf(std::span<const std::u16string_view> pieces) {
 void setLines(QTextEdit& view, const QString& lines) {
     view.setPlainText(lines);
     QTextBlockFormat format;
-    format.setLineHeight(view.fontMetrics().height() * 5 / 4, QTextBlockFormat::FixedHeight);
+    format.setLineHeight(view.fontMetrics().height() * 1.25, QTextBlockFormat::FixedHeight);
     QTextCursor all(view.document());
     all.select(QTextCursor::Document);
     all.mergeBlockFormat(format);
