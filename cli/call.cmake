@@ -12,6 +12,7 @@ kelb_library(kelb_call
         call_segment_operations.cpp
         call_settings_operations.cpp
         call_template_operations.cpp
+        file_streams.cpp
     LINKS
         kelb_extract
         kelb_rewrite

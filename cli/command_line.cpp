@@ -101,6 +101,7 @@ int runKelb(int count, const char* const* arguments) {
         commands.push_back(std::move(command));
     }
     commands.push_back(makeCall(kelb));
+    commands.push_back(makeSegment(kelb));
     commands.push_back(makeView(kelb));
     try {
         kelb.parse(count, arguments);

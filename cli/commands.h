@@ -21,6 +21,7 @@ CommandPointer makeArticleImport(CLI::App& kelb);
 CommandPointer makeMultipageImport(CLI::App& kelb);
 CommandPointer makeTemplateExtract(CLI::App& kelb);
 CommandPointer makeCall(CLI::App& kelb);
+CommandPointer makeSegment(CLI::App& kelb);
 CommandPointer makeView(CLI::App& kelb);
 
 /// "db" and its own commands.

@@ -6,8 +6,10 @@
 #ifdef _WIN32
 #include <cstdio>
 #include <io.h>
+#include <sys/stat.h>
 #else
 #include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #endif
 
@@ -70,6 +72,17 @@ bool isTerminal(StandardStream stream) noexcept {
     return _isatty(descriptor) != 0;
 #else
     return isatty(descriptor) != 0;
+#endif
+}
+
+bool isRegularFile(StandardStream stream) noexcept {
+    const int descriptor = stream == StandardStream::Output ? 1 : 2;
+#ifdef _WIN32
+    struct ::_stat64 status {};
+    return _fstat64(descriptor, &status) == 0 && (status.st_mode & _S_IFMT) == _S_IFREG;
+#else
+    struct ::stat status {};
+    return fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
 #endif
 }
 

@@ -11,6 +11,9 @@ enum class StandardStream { Output, Error };
 /// True when the stream goes to a terminal rather than to a file or a pipe.
 [[nodiscard]] bool isTerminal(StandardStream stream) noexcept;
 
+/// True when the stream goes to a file on disk: nobody waits at its other end.
+[[nodiscard]] bool isRegularFile(StandardStream stream) noexcept;
+
 /// Columns of the terminal behind the stream; 80 when it does not tell.
 [[nodiscard]] std::size_t terminalColumns(StandardStream stream) noexcept;
 
