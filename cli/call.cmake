@@ -11,6 +11,7 @@ kelb_library(kelb_call
         call_rewrite_operations.cpp
         call_segment_operations.cpp
         call_settings_operations.cpp
+        call_site_operations.cpp
         call_template_operations.cpp
         file_streams.cpp
     LINKS

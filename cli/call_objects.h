@@ -2,6 +2,7 @@
 
 #include "extract/Cls4Article.h"
 #include "extract/Cls4Discuz.h"
+#include "extract/Cls4QASite.h"
 #include "extract/ClsWebExtractor.h"
 #include "extract/article_markers.h"
 #include "extract/user_names.h"
@@ -29,6 +30,7 @@ public:
     const extract::UserNames& userNames();
     extract::Cls4Discuz discuz();
     extract::Cls4Article article(); ///< reads the markers that were set last
+    extract::Cls4QASite questionSite() { return {smart(), userNames(), platform_.random}; }
     extract::ClsWebExtractor& webExtractor() { return state_.webExtractor; }
     /// Reads its dictionary at the first text that it cuts.
     segment::ClsFenCi& fenCi();

@@ -56,8 +56,9 @@ std::vector<CallOperation> processOperations() {
 
 std::vector<CallOperation> allOperations() {
     std::vector<CallOperation> all = processOperations();
-    for (std::vector<CallOperation> chapter : {rewriteOperations(), extractOperations(), articleOperations(),
-                                               templateOperations(), segmentOperations(), settingsOperations()}) {
+    for (std::vector<CallOperation> chapter :
+         {rewriteOperations(), extractOperations(), articleOperations(), templateOperations(), siteOperations(),
+          segmentOperations(), settingsOperations()}) {
         std::ranges::move(chapter, std::back_inserter(all));
     }
     return all;

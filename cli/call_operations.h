@@ -26,6 +26,7 @@ struct CallOperation {
 [[nodiscard]] std::vector<CallOperation> extractOperations();  ///< call_extract_operations.cpp
 [[nodiscard]] std::vector<CallOperation> articleOperations();  ///< call_article_operations.cpp
 [[nodiscard]] std::vector<CallOperation> templateOperations(); ///< call_template_operations.cpp
+[[nodiscard]] std::vector<CallOperation> siteOperations();     ///< call_site_operations.cpp
 [[nodiscard]] std::vector<CallOperation> segmentOperations();  ///< call_segment_operations.cpp
 [[nodiscard]] std::vector<CallOperation> settingsOperations(); ///< call_settings_operations.cpp
 

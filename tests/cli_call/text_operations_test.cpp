@@ -8,7 +8,9 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
+#include <set>
 #include <sstream>
 
 namespace kelb::cli {
@@ -73,6 +75,18 @@ TEST_F(TextOperations, TakeTheirArgumentsInOrder) {
         {R"("op": "ClsFenCi.splitPrepare", "args": ["a电视，机"])", R"(,"result":"<|split|>电视<|split|>机"})"},
         {R"("op": "ClsFenCi.segment", "args": ["电视机又黑屏，"])",
          R"(,"result":3,"out":[["电视机","又","黑屏"],["N","","V"]]})"},
+        {R"("op": "ClsSpecSheet.extTable", "args": ["a<table>甲", "甲"])", R"(,"result":"<table>甲"})"},
+        {R"("op": "ClsSpecSheet.Table2TR", "args": ["<tr>1</tr>"])", R"(,"result":1,"out":[["<tr>1</tr>",""]]})"},
+        {R"("op": "ClsSpecSheet.extSpePara", "args": ["甲", ["", "<th>甲 1<td><td>"]])", R"(,"result":"1"})"},
+        {R"("op": "ClsSpecSheet.extTitle", "args": ["<title>甲</title>"])", R"(,"result":"甲"})"},
+        {R"x("op": "ClsSpecSheet.extNameAndCode", "args": ["甲(乙)"])x", R"(,"out":["甲","乙"]})"},
+        {R"("op": "Cls4QASite.extQTitle", "args": ["<div id=\"article\"><h1>甲</h1>"])", R"(,"result":"甲"})"},
+        {R"("op": "Cls4QASite.extQContent", "args": ["<div id=\"article_body\"></div>甲</div>"])",
+         R"(,"result":"甲"})"},
+        {R"("op": "setUserNames", "args": [["丙"]])", "}"},
+        {R"("op": "Cls4QASite.giveRndName")", R"(,"result":"丙"})"},
+        {R"("op": "Cls4QASite.extAContent", "args": ["class=\"body\">换行管试试看</div>"])",
+         R"(,"result":"丙：换行管试试看\r\n\r\n\r\n"})"},
         {R"("op": "RWIni.ReadIni", "args": ["KEY", "own", "/app/Kelb.ini"])", R"(,"result":"乙"})"},
         {R"("op": "RWIni.ReadIni", "args": ["adultFolder", "", ""])", R"(,"result":"甲"})"},
         {R"("op": "RWIni.ReadIni", "args": ["key", "own", "/app/none.ini"])", R"(,"result":""})"},
@@ -83,6 +97,90 @@ TEST_F(TextOperations, TakeTheirArgumentsInOrder) {
         expected.push_back(answer);
     }
     EXPECT_EQ(call(requests), expected);
+}
+
+/// Other programs call these by name.
+TEST_F(TextOperations, AreAllThere) {
+    const nlohmann::json answer = nlohmann::json::parse("{" + call({R"("op": "list")"})[0].substr(1));
+    std::set<std::string> names;
+    for (const auto& operation : answer["result"]) {
+        names.insert(operation["op"]);
+    }
+    for (const char* name : {
+             "reset",
+             "list",
+             "setMarkers",
+             "setUserNames",
+             "setSiteName",
+             "ClsSmart.killURLText",
+             "ClsSmart.killTag",
+             "pubProg.killTagStr",
+             "ClsSmart.replaceGarbage",
+             "ClsSmart.replaceGarbageTags",
+             "ClsSmart.replaceGarbageTag",
+             "ClsSmart.killMoreBR",
+             "ClsSmart.cutTitle",
+             "ClsSmart.CountGoodChar",
+             "ClsSmart.blnValue",
+             "ClsSmart.blnValue2",
+             "ClsSmart.smartRead",
+             "ClsSmart.smartReplaceTitle",
+             "ClsSmart.smartReplaceContent",
+             "ClsSmart.smartReplaceNormal",
+             "ClsSmart.getPinPai",
+             "ClsSmart.blnChangHong",
+             "ClsSmart.searchTVCode",
+             "ClsSmart.searchICCode",
+             "ClsSmart.replaceTVCode",
+             "ClsSmart.rndTVCode",
+             "ClsSmart.smartGetProblem",
+             "Prog_Copy.CopyRemoveHTML",
+             "Prog_Copy.CopyRemoveHTML1",
+             "Prog_Copy.CopyRemoveHTML2",
+             "ClsYCleaner.RemoveHTML",
+             "ClsYCleaner.RemoveHTML1",
+             "Cls4Discuz.extDiscuzTitle",
+             "Cls4Discuz.extDiscuzPageContent",
+             "Cls4Discuz.extFloorContent",
+             "Cls4Discuz.killDiscuzMark",
+             "Cls4Discuz.split2Floors",
+             "Cls4Discuz.giveRndName",
+             "Cls4Discuz.killGR",
+             "Cls4Discuz.killBeginGR",
+             "Prog_Dz.localPagePath",
+             "Prog_Dz.extTitleTag",
+             "Cls4Article.extTitleV1",
+             "Cls4Article.extContent4SiteA",
+             "Cls4Article.extTitle4SiteA",
+             "Cls4Article.extContent4SiteB",
+             "Cls4Article.extTitle4SiteB",
+             "Cls4Article.extContent",
+             "Cls4Article.extTitle",
+             "Cls4Article.replaceHtmlTag",
+             "Cls4Article.killTag",
+             "Cls4Article.getPageNum",
+             "Cls4Article.ImgSrcRecover",
+             "Cls4Article.getTagIMG",
+             "Cls4Article.getImgSrc",
+             "Prog_Kelb.getFullURL",
+             "Prog_Kelb.InStrNoCase",
+             "ClsSpecSheet.extTable",
+             "ClsSpecSheet.Table2TR",
+             "ClsSpecSheet.extSpePara",
+             "ClsSpecSheet.extTitle",
+             "ClsSpecSheet.extNameAndCode",
+             "Cls4QASite.extQTitle",
+             "Cls4QASite.extQContent",
+             "Cls4QASite.extAContent",
+             "Cls4QASite.giveRndName",
+             "FrmExtractor.tagName",
+             "FrmExtractor.getSpecialIdx",
+             "ClsWebExtractor.extC",
+             "ClsFenCi.splitPrepare",
+             "RWIni.ReadIni",
+         }) {
+        EXPECT_TRUE(names.contains(name)) << name;
+    }
 }
 
 TEST_F(TextOperations, SetCodesAreKeptUntilReset) {
