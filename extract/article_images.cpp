@@ -48,7 +48,7 @@ bool isImageAddress(std::u16string_view address) {
 
 /// Copies the image to the web folder. Result: its path there.
 std::u16string publish(const std::u16string& stored, platform::FileSystem& files) {
-    const std::u16string web = platform::replaceAll(stored, kStoredFolder, kWebFolder);
+    std::u16string web = platform::replaceAll(stored, kStoredFolder, kWebFolder);
     if (web != stored) {
         files.makeFolders(platform::parentFolder(web));
         files.writeFile(web, files.readFile(stored));
