@@ -18,7 +18,7 @@ struct TemplateExtractOptions {
     std::u16string dest = {};
     std::u16string destTable = u"wxAll";
     std::u16string model = {}; ///< path of the model page
-    bool slow = false;    ///< a long article per tick of the timer
+    bool slow = false;         ///< a long article per tick of the timer
 };
 
 /// The template extractor without its windows: repeats the continuous mode, or runs the slow one, until every row of

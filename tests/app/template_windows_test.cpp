@@ -11,9 +11,9 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
-#include <QTextEdit>
 #include <QPushButton>
 #include <QTableWidget>
+#include <QTextEdit>
 
 namespace kelb::app {
 namespace {
