@@ -38,6 +38,7 @@ protected:
                 .dialogs = dialogs,
                 .remembered = remembered,
                 .jobs = jobButtons(contexts),
+                .contexts = contexts,
                 .makePageViewer = [] { return std::unique_ptr<QWidget>(); },
                 .about = {}}};
 };
