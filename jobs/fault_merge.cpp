@@ -38,7 +38,7 @@ public:
         records_.Close();
         database_.Close();
         // The counter of a loop stands one behind the last row that it visited. Kept.
-        host_.message(kProgramTitle, u"000" + platform::number(static_cast<long long>(summary_.rows + 1)));
+        host_.message(kProgramTitle, u"000" + platform::number(static_cast<long long>(summary_.rows) + 1));
     }
 
 private:

@@ -375,6 +375,7 @@ std::vector<std::u16string> DryRunFileSystem::listFolders(std::u16string_view fo
         names.try_emplace(at->first.substr(front.size(), length), at->second, front.size(), length);
     }
     std::vector<std::u16string> list;
+    list.reserve(names.size());
     for (auto& name : names) {
         list.push_back(std::move(name.second));
     }

@@ -272,6 +272,7 @@ std::vector<std::u16string> MemoryFileSystem::listFolders(std::u16string_view fo
         enter(at->first, plainPath(at->second->path));
     }
     std::vector<std::u16string> list;
+    list.reserve(names.size());
     for (auto& name : names) {
         list.push_back(std::move(name.second));
     }

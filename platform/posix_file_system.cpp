@@ -152,7 +152,7 @@ std::u16string PosixFileSystem::nativePath(std::u16string_view path) {
 }
 
 std::u16string PosixFileSystem::absolutePath(std::u16string_view path) {
-    const std::u16string native = nativePath(path);
+    std::u16string native = nativePath(path);
     if (native.starts_with(u'/') || isWindowsPath(native)) { // one that was not found may still be a path of Windows
         return native;
     }
