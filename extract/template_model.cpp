@@ -22,33 +22,33 @@ bool startsWithLower(std::u16string_view text, std::u16string_view lower) {
 /// Fragments of a page, of which only the front and the end are asked for: a page of 50 MB may have as many.
 class PageEnds {
 public:
-    /// `reach`: fragments kept at either end.
-    PageEnds(std::u16string_view page, std::size_t reach)
-        : count_(static_cast<std::size_t>(std::count(page.begin(), page.end(), u'<')) + 1) {
-        std::size_t from = 0;
-        for (std::size_t i = 0; i < std::min(reach, count_); ++i) {
+    /// `reach`: fragments kept at either end; at least 1.
+    PageEnds(std::u16string_view page, std::size_t reach) : reach_(reach) {
+        for (std::size_t from = 0; from <= page.size(); ++count_) {
             const std::size_t next = std::min(page.find(u'<', from), page.size());
-            front_.push_back(page.substr(from, next - from));
+            keep(page.substr(from, next - from));
             from = next + 1;
         }
-        std::size_t to = page.size();
-        for (std::size_t i = 0; i < std::min(reach, count_); ++i) {
-            const std::size_t mark = to == 0 ? std::u16string_view::npos : page.rfind(u'<', to - 1);
-            const std::size_t start = mark == std::u16string_view::npos ? 0 : mark + 1;
-            back_.push_back(page.substr(start, to - start));
-            to = start == 0 ? 0 : mark;
-        }
-        std::ranges::reverse(back_);
     }
 
     std::size_t count() const noexcept { return count_; }
     /// Requires an index within reach of either end.
     std::u16string_view operator[](std::size_t index) const {
-        return index < front_.size() ? front_[index] : back_[back_.size() - (count_ - index)];
+        return index < reach_ ? front_[index] : back_[index % reach_];
     }
 
 private:
-    std::size_t count_;
+    void keep(std::u16string_view fragment) {
+        if (count_ < reach_) {
+            front_.push_back(fragment);
+            return;
+        }
+        back_.resize(reach_); // a ring: each place holds the last fragment that came to it
+        back_[count_ % reach_] = fragment;
+    }
+
+    std::size_t reach_;
+    std::size_t count_ = 0;
     std::vector<std::u16string_view> front_, back_;
 };
 
