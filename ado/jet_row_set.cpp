@@ -167,7 +167,27 @@ void JetRowSet::requireUpdatable() const {
     during({"change table", tableName_, database_->path(), {}}, [this] { database_->requireWritable(table()); });
 }
 
-void JetRowSet::insert(std::span<const FieldChange> changes) {
+std::optional<std::uint32_t> JetRowSet::place() {
+    return during({"read table", tableName_, database_->path(), {}}, [this] {
+        requireRow();
+        return std::optional(idOf(current_).packed());
+    });
+}
+
+void JetRowSet::reservePlaces(std::span<const std::uint32_t> places) {
+    during({"change table", tableName_, database_->path(), {}}, [&] {
+        std::vector<jet::RowId> rows;
+        rows.reserve(places.size());
+        for (const std::uint32_t place : places) {
+            rows.push_back(jet::RowId::unpack(place));
+        }
+        jet::Table& target = table();
+        database_->requireWritable(target);
+        target.reclaimPages(rows);
+    });
+}
+
+void JetRowSet::insertWanting(std::optional<jet::RowId> place, std::span<const FieldChange> changes) {
     during({"save a new row in table", tableName_, database_->path(), {}}, [&] {
         jet::Table& target = table();
         std::vector<Value> values(target.definition().columns.size());
@@ -178,7 +198,7 @@ void JetRowSet::insert(std::span<const FieldChange> changes) {
         if (added_.size() == added_.capacity()) { // nothing may fail once the row is there
             added_.reserve(std::max<std::size_t>(16, 2 * added_.size()));
         }
-        const jet::RowId id = database_->insert(target, values, this);
+        const jet::RowId id = database_->insert(target, values, this, place);
         added_.push_back(id.packed());
         current_ = {true, added_.size() - 1};
         hasCurrent_ = true;

@@ -37,7 +37,12 @@ public:
     bool seek(std::size_t member) override;
     Value value(std::size_t field) override;
     bool text(std::size_t field, std::u16string& out) override;
-    void insert(std::span<const FieldChange> changes) override;
+    void insert(std::span<const FieldChange> changes) override { insertWanting(std::nullopt, changes); }
+    std::optional<std::uint32_t> place() override;
+    void reservePlaces(std::span<const std::uint32_t> places) override;
+    void insertAt(std::uint32_t place, std::span<const FieldChange> changes) override {
+        insertWanting(jet::RowId::unpack(place), changes);
+    }
     void update(std::span<const FieldChange> changes) override;
     void erase() override;
     bool updatable() const override;
@@ -68,6 +73,7 @@ private:
     bool isGone(const Member& member) const;
     jet::RowId idOf(const Member& member) const;
     bool load();
+    void insertWanting(std::optional<jet::RowId> place, std::span<const FieldChange> changes);
     void requireRow();
 
     std::shared_ptr<SharedDatabase> database_;

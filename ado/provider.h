@@ -5,9 +5,11 @@
 #include "ado/value.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <exception>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -51,6 +53,14 @@ public:
     virtual bool text(std::size_t field, std::u16string& out) = 0;
     /// Change the data; nothing is changed when they throw. insert makes the new row a member and current.
     virtual void insert(std::span<const FieldChange> changes) = 0;
+    /// Where the current member lies; no value where the provider cannot say. insertAt puts a new row to such a place
+    /// when nothing lies there any more, else anywhere; reservePlaces says beforehand which will be wanted.
+    virtual std::optional<std::uint32_t> place() { return std::nullopt; }
+    virtual void reservePlaces(std::span<const std::uint32_t> places) { static_cast<void>(places); }
+    virtual void insertAt(std::uint32_t place, std::span<const FieldChange> changes) {
+        static_cast<void>(place);
+        insert(changes);
+    }
     virtual void update(std::span<const FieldChange> changes) = 0;
     virtual void erase() = 0;
     virtual bool updatable() const = 0;

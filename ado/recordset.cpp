@@ -57,6 +57,7 @@ struct Recordset::Impl {
     std::unordered_set<std::size_t> deletedHere;
     Editing editing = Editing::None; ///< a new row being edited leaves `place` alone until it is saved
     std::vector<FieldChange> pending;
+    std::optional<std::uint32_t> newPlace; ///< wanted by the new row being edited
 
     std::string shown() const;
     [[noreturn]] void throwNoRow() const;
@@ -165,7 +166,11 @@ void Recordset::Impl::save() {
         }
         break;
     case Editing::NewRow:
-        rows->insert(changes);
+        if (newPlace) {
+            rows->insertAt(*newPlace, changes);
+        } else {
+            rows->insert(changes);
+        }
         place = Place::Added;
         break;
     }
@@ -282,6 +287,24 @@ void Recordset::AddNew() {
     set.save();
     set.requireChangeable();
     set.editing = Impl::Editing::NewRow;
+    set.newPlace.reset();
+}
+
+void Recordset::AddNewAt(std::uint32_t bookmark) {
+    AddNew();
+    open().newPlace = bookmark;
+}
+
+void Recordset::Reserve(std::span<const std::uint32_t> bookmarks) {
+    Impl& set = open();
+    set.requireChangeable();
+    set.rows->reservePlaces(bookmarks);
+}
+
+std::optional<std::uint32_t> Recordset::Bookmark() const {
+    Impl& set = open();
+    set.requireRow();
+    return set.rows->place();
 }
 
 void Recordset::Update() {

@@ -5,7 +5,10 @@
 #include "ado/value.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
+#include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -36,10 +39,16 @@ public:
     void MovePrevious();
     void MoveLast();
 
-    void AddNew();       ///< saves pending edits first
+    void AddNew(); ///< saves pending edits first
+    /// As AddNew; the row goes to where a deleted one with this Bookmark lay, if nothing lies there now.
+    void AddNewAt(std::uint32_t bookmark);
+    /// Tells of many rows beforehand that they are to be added so: more of them then get their places.
+    void Reserve(std::span<const std::uint32_t> bookmarks);
     void Update();       ///< saves pending edits; the new row is current afterwards. Does nothing without edits
     void CancelUpdate(); ///< drops pending edits; after AddNew the row before it is current again
     void Delete();       ///< the deleted row stays current until a move; reading it throws RowDeleted
+    /// Where the current row lies in its table; no value where the provider cannot say.
+    std::optional<std::uint32_t> Bookmark() const;
 
     std::size_t fieldCount() const;
     const FieldInfo& field(std::size_t index) const;

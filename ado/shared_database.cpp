@@ -102,14 +102,15 @@ void SharedDatabase::fixOthers(const TableState& state, const LiveRows* by) {
     }
 }
 
-jet::RowId SharedDatabase::insert(jet::Table& table, std::span<const jet::Value> values, const LiveRows* by) {
+jet::RowId SharedDatabase::insert(jet::Table& table, std::span<const jet::Value> values, const LiveRows* by,
+                                  std::optional<jet::RowId> wanted) {
     requireWritable(table);
     TableState* state = stateOf(table);
     if (state != nullptr) {
         fixOthers(*state, by);
     }
     ++changeCount_;
-    const jet::RowId id = table.insert(values);
+    const jet::RowId id = table.insert(values, wanted);
     if (state == nullptr) {
         return id;
     }

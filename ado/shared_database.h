@@ -10,6 +10,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <unordered_set>
@@ -67,7 +68,8 @@ public:
     std::uint64_t changeCount() const noexcept { return changeCount_; }
 
     /// `by`: the set that adds the row to itself, or null. Throw as jet::Table; nothing is changed then.
-    jet::RowId insert(jet::Table& table, std::span<const jet::Value> values, const LiveRows* by);
+    jet::RowId insert(jet::Table& table, std::span<const jet::Value> values, const LiveRows* by,
+                      std::optional<jet::RowId> wanted = std::nullopt);
     void update(jet::Table& table, jet::RowId id, std::span<const jet::Change> changes);
     void erase(jet::Table& table, jet::RowId id, const LiveRows* by);
     /// Runs changes that are to happen all or not at all.

@@ -22,7 +22,7 @@ using namespace kelb;
 constexpr std::size_t kWords = 160'000;
 
 /// Different words of one to seven characters, most of them of two to four, with columns as large as real ones.
-std::u16string makeDictionary() {
+std::string makeDictionary() {
     static const std::array<std::u16string_view, 4> kParts{u"N,", u"V,N,", u"ADJ,", u""};
     static constexpr std::array<std::size_t, 10> kSizes{1, 2, 2, 2, 2, 3, 3, 4, 4, 7};
     std::mt19937 random(20260405);
@@ -32,18 +32,12 @@ std::u16string makeDictionary() {
         for (std::size_t size = kSizes[random() % kSizes.size()]; word.size() < size;) {
             word.push_back(static_cast<char16_t>(u'一' + random() % 6000));
         }
-        if (platform::encode936(word).size() == word.size() * 2) {
+        if (platform::decode936(platform::encode936(word)) == word) {
             words.add(word, platform::number(static_cast<long long>(random() % 1'000'000)),
                       kParts[random() % kParts.size()]);
         }
     }
-    std::u16string lines;
-    for (std::size_t i = 0; i < words.size(); ++i) {
-        const auto entry = words.entry(i);
-        lines.append(i == 0 ? u"" : u"\n").append(entry.word).append(u"\t");
-        lines.append(entry.frequency).append(u"\t").append(entry.partOfSpeech);
-    }
-    return lines;
+    return words.lines();
 }
 
 /// An application folder with such a dictionary, gone at the end.
@@ -55,7 +49,7 @@ public:
             throw std::runtime_error("no temporary folder");
         }
         folder_ = pattern;
-        bytes_ = platform::encode936(makeDictionary());
+        bytes_ = makeDictionary();
         files_->writeFile(path(), bytes_);
     }
     ~Home() { std::filesystem::remove_all(folder_); }

@@ -109,13 +109,27 @@ std::optional<PageNumber> PageAllocator::pageWithRoom(RowId freeMap, std::uint32
 
 PageEdit PageAllocator::newDataPage(RowId ownedMap, RowId freeMap, std::uint32_t owner) {
     PageEdit page = allocate();
+    makeDataPage(page, ownedMap, freeMap, owner);
+    return page;
+}
+
+bool PageAllocator::newDataPageAt(PageNumber number, RowId ownedMap, RowId freeMap, std::uint32_t owner) {
+    forgetAfterRollback();
+    if (raw(number) <= 1 || raw(number) >= pager_.pageCount() || !isFree(number))
+        return false;
+    PageEdit page = pager_.editZeroed(number);
+    setFree(number, false);
+    makeDataPage(page, ownedMap, freeMap, owner);
+    return true;
+}
+
+void PageAllocator::makeDataPage(PageEdit& page, RowId ownedMap, RowId freeMap, std::uint32_t owner) {
     DataPageEditor::format(page, owner);
     UsageMap(pager_, ownedMap).add(page.number(), *this);
     if (freeMap.page != kNoPage) {
         UsageMap(pager_, freeMap).add(page.number(), *this);
         tried_[freeMap.packed()].last = page.number();
     }
-    return page;
 }
 
 /// Makes the inline map long enough for the page, or turns it into one by reference when page 1 has no room.

@@ -80,6 +80,35 @@ RowId RowStore::insert(std::span<const std::byte> row) {
     return place(SlotKind::Row, row);
 }
 
+RowId RowStore::insert(std::span<const std::byte> row, RowId wanted) {
+    return placeAt(wanted, row) ? wanted : insert(row);
+}
+
+void RowStore::reclaimPage(PageNumber page) {
+    allocator_->newDataPageAt(page, ownedMap_, freeMap_, raw(table_));
+}
+
+bool RowStore::placeAt(RowId wanted, std::span<const std::byte> row) {
+    if (raw(wanted.page) <= 1 || raw(wanted.page) >= pager_->pageCount() || wanted.slot >= kMaxSlots ||
+        !isOwn(pager_->read(wanted.page)) || !UsageMap(*pager_, ownedMap_).contains(wanted.page)) {
+        return false;
+    }
+    DataPageEditor page(*pager_, pager_->edit(wanted.page));
+    const std::size_t slots = page.slotCount();
+    if (wanted.slot < slots) {
+        return page.kind(wanted.slot) == SlotKind::Deleted && page.replace(wanted.slot, SlotKind::Row, row);
+    }
+    constexpr std::size_t kSlotBytes = 2;
+    if (page.freeBytes() < row.size() + kSlotBytes * (wanted.slot + 1 - slots)) {
+        return false;
+    }
+    while (page.slotCount() < wanted.slot) {
+        page.add(SlotKind::Deleted, {});
+    }
+    page.add(SlotKind::Row, row);
+    return true;
+}
+
 RowId RowStore::place(SlotKind kind, std::span<const std::byte> row) {
     const std::optional<PageNumber> found = allocator_->pageWithRoom(freeMap_, raw(table_), row.size());
     PageEdit page = found ? pager_->edit(*found) : allocator_->newDataPage(ownedMap_, freeMap_, raw(table_));

@@ -36,6 +36,10 @@ public:
     PageRef ownPage(PageNumber page) const;
 
     RowId insert(std::span<const std::byte> row);
+    /// The same at the address of an erased record, if that is still free and its page has room.
+    RowId insert(std::span<const std::byte> row, RowId wanted);
+    /// Makes the page of an erased record one of the table's again, if it has become free since.
+    void reclaimPage(PageNumber page);
     /// `record` as find() gave it; its bytes are void afterwards. `row` must not lie on a page of the table.
     void replace(const Record& record, std::span<const std::byte> row);
     void erase(const Record& record);
@@ -45,6 +49,7 @@ public:
 private:
     bool isOwn(const PageRef& page) const noexcept;
     RowId place(SlotKind kind, std::span<const std::byte> row);
+    bool placeAt(RowId wanted, std::span<const std::byte> row);
     bool replaceAt(RowId slot, SlotKind kind, std::span<const std::byte> row);
     void eraseSlot(RowId slot);
     void offerSpace(const DataPageEditor& page);

@@ -91,6 +91,11 @@ public:
     /// `values` in the order of definition().columns; Null takes the next autonumber in autonumber columns and False in
     /// yes/no columns. Conversions and checks as convertValue. Throws Error.
     RowId insert(std::span<const Value> values);
+    /// The same; the row gets the address `wanted`, that of an erased one, if it can have it.
+    RowId insert(std::span<const Value> values, std::optional<RowId> wanted);
+    /// Takes the pages on which erased rows lay and that have become free since, before long values of rows that are
+    /// inserted there take them.
+    void reclaimPages(std::span<const RowId> rows);
     /// The row keeps its id. RowDeleted when there is none.
     void update(RowId id, std::span<const Change> changes);
     void erase(RowId id);

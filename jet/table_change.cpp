@@ -409,6 +409,10 @@ void RowChange::countRows(std::int64_t difference) {
 } // namespace
 
 RowId Table::insert(std::span<const Value> values) {
+    return insert(values, std::nullopt);
+}
+
+RowId Table::insert(std::span<const Value> values, std::optional<RowId> wanted) {
     requireWritable();
     const TableDefinition& table = state_->current();
     assert(values.size() == table.columns.size());
@@ -420,11 +424,27 @@ RowId Table::insert(std::span<const Value> values) {
     change.planInsert(row);
 
     Pager::Operation operation(state_->pager());
-    const RowId id = state_->rows.insert(change.buildNewRow());
+    const auto record = change.buildNewRow();
+    const RowId id = wanted ? state_->rows.insert(record, *wanted) : state_->rows.insert(record);
     change.changeIndexes(id);
     change.countRows(+1);
     operation.done();
     return id;
+}
+
+void Table::reclaimPages(std::span<const RowId> rows) {
+    requireWritable();
+    std::vector<PageNumber> pages;
+    for (const RowId& row : rows) {
+        pages.push_back(row.page);
+    }
+    std::sort(pages.begin(), pages.end());
+    pages.erase(std::unique(pages.begin(), pages.end()), pages.end());
+    Pager::Operation operation(state_->pager());
+    for (const PageNumber page : pages) {
+        state_->rows.reclaimPage(page);
+    }
+    operation.done();
 }
 
 void Table::update(RowId id, std::span<const Change> changes) {

@@ -72,8 +72,11 @@ public:
     std::optional<PageNumber> pageWithRoom(RowId freeMap, std::uint32_t owner, std::size_t length);
     /// A fresh data page of `owner`, in both maps (`freeMap` may have page 0: none), to be tried first next time.
     PageEdit newDataPage(RowId ownedMap, RowId freeMap, std::uint32_t owner);
+    /// The same with this page of the file, if it is free.
+    bool newDataPageAt(PageNumber page, RowId ownedMap, RowId freeMap, std::uint32_t owner);
 
 private:
+    void makeDataPage(PageEdit& page, RowId ownedMap, RowId freeMap, std::uint32_t owner);
     void forgetAfterRollback();
     std::optional<PageNumber> nextFree(std::uint32_t from) const;
     void setFree(PageNumber page, bool free);

@@ -45,6 +45,9 @@ void RowReturn::expect(const TrashedRow& row) {
     if (table.fault) {
         return;
     }
+    if (row.place) {
+        table.places.push_back(*row.place);
+    }
     if (!table.autonumber) {
         if (alike_ == Alike::IsThisOne) {
             table.alike.emplace(hashOf(row.json), 0);
@@ -96,13 +99,16 @@ void RowReturn::open(Table& table) {
 
 void RowReturn::look() {
     for (auto& entry : tables_) {
-        if (!entry.second.fault) {
-            look(entry.second);
+        Table& table = entry.second;
+        if (!table.fault) {
+            lookThrough(table);
+            table.rows->Reserve(table.places);
+            table.places = {};
         }
     }
 }
 
-void RowReturn::look(Table& table) const {
+void RowReturn::lookThrough(Table& table) const {
     if (!table.autonumber && alike_ == Alike::IsAnother) {
         return;
     }
@@ -150,7 +156,11 @@ RowReturn::Outcome RowReturn::put(const TrashedRow& row) {
         --alike->second;
         return Outcome::AlreadyThere;
     }
-    rows.AddNew();
+    if (row.place) {
+        rows.AddNewAt(*row.place);
+    } else {
+        rows.AddNew();
+    }
     try {
         for (auto& [field, value] : values) {
             if (!(ado::isNull(value) && rows.field(field).type == ado::FieldType::YesNo)) {

@@ -15,8 +15,8 @@
 
 namespace kelb::jobs {
 
-/// Puts deleted rows of one run back into their tables, with the autonumbers that they had. Every row is announced
-/// first; nothing that is in a table is changed.
+/// Puts deleted rows of one run back into their tables, with the autonumbers that they had and, where nothing has taken
+/// it since, to the place that they had. Every row is announced first; nothing that is in a table is changed.
 class RowReturn {
 public:
     /// What to think of a row of a table without autonumber that is there already, in every field.
@@ -48,6 +48,7 @@ private:
         std::u16string database, name;
         std::optional<std::string> fault; ///< why it cannot be opened
         std::size_t announced = 0;
+        std::vector<std::uint32_t> places; ///< of the announced rows, until look()
         std::unique_ptr<ado::Recordset> rows;
         std::optional<std::size_t> autonumber; ///< field
         /// By autonumber: the hash of the row that has it, none while it is free.
@@ -56,7 +57,7 @@ private:
     };
     Table& tableOf(const TrashedRow& row);
     void open(Table& table);
-    void look(Table& table) const;
+    void lookThrough(Table& table) const;
 
     Context& context_;
     Alike alike_;

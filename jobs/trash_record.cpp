@@ -12,6 +12,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdint>
+#include <limits>
 
 namespace kelb::jobs {
 namespace {
@@ -92,6 +93,9 @@ void TrashRecord::addRow(const ado::Recordset& rows, std::u16string_view databas
         }
     }
     line_ += "{\"row\": " + std::to_string(++count_);
+    if (const auto place = rows.Bookmark()) {
+        line_ += ", \"place\": " + std::to_string(*place);
+    }
     if (database != database_) {
         database_ = database;
         absoluteDatabase_ = platform_.files.absolutePath(database);
@@ -169,6 +173,10 @@ std::optional<std::variant<TrashedRow, TrashedFile>> TrashReader::next() {
             row.database = text(u"database");
             row.table = text(u"table");
             row.exact = std::move(exact);
+            if (const std::size_t place = wholeNumber(text(u"place"));
+                place != 0 && place <= std::numeric_limits<std::uint32_t>::max()) {
+                row.place = static_cast<std::uint32_t>(place);
+            }
             ++state_.rows;
             return row;
         } else if (first == u"file") {
@@ -209,7 +217,7 @@ TrashedRow TrashReader::readRow(std::size_t number) {
     if (line.empty()) {
         fail("the rows are not in order");
     }
-    return {{}, {}, std::string(line), {}};
+    return {.database = {}, .table = {}, .json = std::string(line), .place = {}, .exact = {}};
 }
 
 } // namespace kelb::jobs

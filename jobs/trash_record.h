@@ -5,6 +5,7 @@
 #include "platform/platform.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -18,7 +19,8 @@
 ///     {"run": "dedupe-source", "time": "2015-12-02T08:30:00"}             the first line
 ///     {"bits": "recTime", "value": "40e4acac…"}                           of the row that follows: a value that its
 ///                                                                         line shows less exactly, as a double
-///     {"row": 1, "database": "/crawl/Comb.mdb", "table": "bbsforum"}      line 1 of deleted-rows.jsonl
+///     {"row": 1, "place": 4096, "database": "/c/Comb.mdb", "table": "t"}  line 1 of deleted-rows.jsonl, and where
+///                                                                         the row lay in the file
 ///     {"file": "/crawl/forum/a.htm", "kept": "forum/a.htm"}               where it was, where it lies in this folder
 ///     {"end": "2015-12-02T08:31:00"}                                      the run ended, its deletions are stored
 ///     {"undo": …}, {"undone": …}                                          putting back began, all is put back
@@ -51,6 +53,7 @@ private:
 struct TrashedRow {
     std::u16string database, table;
     std::string json;                                     ///< its line
+    std::optional<std::uint32_t> place;                   ///< Recordset::Bookmark
     std::vector<std::pair<std::u16string, double>> exact; ///< values by column that the line shows less exactly
 };
 struct TrashedFile {

@@ -64,22 +64,15 @@ std::optional<WordDictionary> ClsFenCi::readSogouLabDic() const {
     }
 }
 
-ClsFenCi::Saved ClsFenCi::saveSogouLabDic(const WordDictionary& dict, platform::UiPump& events) {
+std::u16string ClsFenCi::saveSogouLabDic(const WordDictionary& dict, platform::UiPump& events) {
     const std::u16string path = pathOf(kFileName);
-    Saved saved{freeBackupPath(), 0};
-    std::u16string lines;
-    for (std::size_t index = 0; index < dict.size(); ++index) {
-        const WordDictionary::Entry entry = dict.entry(index);
-        lines.append(index == 0 ? u"" : u"\n").append(entry.word);
-        lines.append(u"\t").append(entry.frequency).append(u"\t").append(entry.partOfSpeech);
-    }
-    const std::string bytes = platform::encode936(lines, &saved.replacedCharacters);
+    std::u16string backup = freeBackupPath();
     // The backup is a copy and not the renamed file, so that no moment is without a dictionary under its name.
-    files_.replaceFile(saved.backup, files_.readFile(path));
+    files_.replaceFile(backup, files_.readFile(path));
     events.yield();
-    files_.replaceFile(path, bytes);
+    files_.replaceFile(path, dict.lines());
     loaded_.reset();
-    return saved;
+    return backup;
 }
 
 void ClsFenCi::segment(std::u16string_view text, const WordSink& take) {

@@ -29,15 +29,11 @@ public:
     /// Throws platform::FileError, and DictionaryError naming the file.
     std::optional<WordDictionary> readSogouLabDic() const;
 
-    struct Saved {
-        std::u16string backup;          ///< path of the numbered copy of the file as it was
-        std::size_t replacedCharacters; ///< that code page 936 cannot hold: written as "?"
-    };
     /// Writes the dictionary, one "word TAB frequency TAB part of speech" a line without a line end behind the last,
-    /// and keeps the old file as "SogouLabDicN.dic" with the first free N. Throws platform::FileError, also when there
-    /// is no old file, and std::overflow_error when numbers up to 32,767 are taken. At any moment, and after a throw,
-    /// the old or the new dictionary stands whole under its name.
-    Saved saveSogouLabDic(const WordDictionary& dict, platform::UiPump& events);
+    /// and keeps the old file as "SogouLabDicN.dic" with the first free N. Result: the path of that copy. Throws
+    /// platform::FileError, also when there is no old file, and std::overflow_error when numbers up to 32,767 are
+    /// taken. At any moment, and after a throw, the old or the new dictionary stands whole under its name.
+    std::u16string saveSogouLabDic(const WordDictionary& dict, platform::UiPump& events);
 
     /// The words of a text in its order: runs of Chinese text (what splitPrepare keeps) are cut by Segmenter, runs of
     /// letters, digits and inner hyphens such as "CH-16" are words as they stand, all else is passed over. The

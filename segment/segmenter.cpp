@@ -1,26 +1,28 @@
 #include "segment/segmenter.h"
 
+#include "platform/code_page.h"
+
 #include <algorithm>
 #include <bit>
 #include <cmath>
 #include <optional>
+#include <unordered_map>
 
 namespace kelb::segment {
 
 namespace {
 
-constexpr std::size_t kUnits = 0x10000;
 constexpr std::size_t kPairs = std::size_t{1} << 19U; ///< bytes; a few times the pairs of a large dictionary
 constexpr double kCostUnit = 65536;
 constexpr std::size_t kMostDigits = 15; ///< exact in a double; more are cut to this many nines
 
 /// No value unless the text is a whole number above 0.
-std::optional<double> frequencyOf(std::u16string_view text) {
-    const auto isDigit = [](char16_t unit) { return unit >= u'0' && unit <= u'9'; };
+std::optional<double> frequencyOf(std::string_view text) {
+    const auto isDigit = [](char byte) { return byte >= '0' && byte <= '9'; };
     if (text.empty() || !std::ranges::all_of(text, isDigit)) {
         return std::nullopt;
     }
-    text.remove_prefix(std::min(text.find_first_not_of(u'0'), text.size()));
+    text.remove_prefix(std::min(text.find_first_not_of('0'), text.size()));
     if (text.empty()) {
         return std::nullopt;
     }
@@ -28,8 +30,8 @@ std::optional<double> frequencyOf(std::u16string_view text) {
         return 1e15 - 1;
     }
     double number = 0;
-    for (const char16_t digit : text) {
-        number = number * 10 + (digit - u'0');
+    for (const char digit : text) {
+        number = number * 10 + (digit - '0');
     }
     return number;
 }
@@ -45,35 +47,41 @@ std::int32_t costOf(double frequency, double total) {
 
 } // namespace
 
-Segmenter::Segmenter(const WordDictionary& words) : words_(words), single_(kUnits, 0), sizes_(kPairs, 0) {
+Segmenter::Segmenter(const WordDictionary& words) : table_(words.size()), sizes_(kPairs, 0) {
     std::vector<double> frequencies(words.size());
     double total = 0;
     for (std::size_t index = 0; index < words.size(); ++index) {
-        const WordDictionary::Entry entry = words.entry(index);
-        if (entry.word.size() == 1) {
-            single_[entry.word.front()] = static_cast<std::uint32_t>(index + 1);
-        } else {
-            std::uint8_t& sizes = sizes_[pairOf(entry.word)];
-            sizes = static_cast<std::uint8_t>(sizes | 1U << entry.word.size());
-        }
-        const auto frequency = frequencyOf(entry.frequency);
+        const auto frequency = frequencyOf(words.bytes(index).frequency);
         hasFrequencies_ = hasFrequencies_ || frequency;
         frequencies[index] = frequency.value_or(1);
         total += frequencies[index];
     }
-    if (hasFrequencies_) {
-        onceCost_ = costOf(1, total);
-        costs_.resize(words.size());
-        std::ranges::transform(frequencies, costs_.begin(), [total](double f) { return costOf(f, total); });
+    onceCost_ = costOf(1, total);
+    std::unordered_map<std::string_view, std::uint32_t> places; // of the parts of speech
+    std::u16string word;
+    for (std::size_t index = 0; index < words.size(); ++index) {
+        const WordDictionary::Bytes bytes = words.bytes(index);
+        const auto next = static_cast<std::uint32_t>(partsOfSpeech_.size());
+        const auto [place, isNew] = places.try_emplace(bytes.partOfSpeech, next);
+        if (isNew) {
+            partsOfSpeech_.push_back(platform::decode936(bytes.partOfSpeech));
+        }
+        word.clear();
+        platform::decode936(bytes.word, word);
+        table_.insert(word, {costOf(frequencies[index], total), place->second});
+        if (word.size() > 1) {
+            std::uint8_t& sizes = sizes_[pairOf(word)];
+            sizes = static_cast<std::uint8_t>(sizes | 1U << word.size());
+        }
     }
 }
 
-Word Segmenter::wordOf(std::u16string_view text, std::size_t entry) const noexcept {
-    return {text, entry == 0 ? std::u16string_view() : words_.entry(entry - 1).partOfSpeech};
+Word Segmenter::wordOf(std::u16string_view text, const WordTable::Known* known) const noexcept {
+    return {text, known == nullptr ? std::u16string_view() : partsOfSpeech_[known->partOfSpeech]};
 }
 
 void Segmenter::whole(std::u16string_view word, const WordSink& take) const {
-    take(wordOf(word, words_.find(word) + 1)); // kNone + 1 is 0
+    take(wordOf(word, word.empty() || word.size() > kLongestWord ? nullptr : table_.find(word, word.size())));
 }
 
 void Segmenter::cut(std::u16string_view run, const WordSink& take) {
@@ -88,7 +96,7 @@ void Segmenter::cut(std::u16string_view run, const WordSink& take) {
         }
         std::size_t at = 0;
         for (; at < enough; at += steps_[at].size) {
-            take(wordOf(block.substr(at, steps_[at].size), steps_[at].entry));
+            take(wordOf(block.substr(at, steps_[at].size), steps_[at].known));
         }
         run.remove_prefix(at);
     }
@@ -107,16 +115,15 @@ unsigned Segmenter::sizesAt(std::u16string_view rest) const noexcept {
 void Segmenter::weigh(std::u16string_view block) {
     restCost_[block.size()] = 0;
     for (std::size_t at = block.size(); at-- > 0;) {
-        const std::uint32_t single = single_[block[at]];
-        Step best{single, 1};
-        Cost cost = (single == 0 ? onceCost_ : costs_[single - 1]) + restCost_[at + 1];
         const std::u16string_view rest = block.substr(at);
+        Step best{table_.find(rest, 1), 1};
+        Cost cost = (best.known == nullptr ? onceCost_ : best.known->cost) + restCost_[at + 1];
         for (unsigned sizes = sizesAt(rest); sizes != 0; sizes &= sizes - 1) {
             const auto size = static_cast<std::size_t>(std::countr_zero(sizes));
-            const std::size_t index = words_.find(rest, size);
-            if (index != WordDictionary::kNone && costs_[index] + restCost_[at + size] <= cost) {
-                cost = costs_[index] + restCost_[at + size];
-                best = {static_cast<std::uint32_t>(index + 1), static_cast<std::uint32_t>(size)};
+            const WordTable::Known* known = table_.find(rest, size);
+            if (known != nullptr && known->cost + restCost_[at + size] <= cost) {
+                cost = known->cost + restCost_[at + size];
+                best = {known, size};
             }
         }
         restCost_[at] = cost;
@@ -128,11 +135,11 @@ void Segmenter::weigh(std::u16string_view block) {
 void Segmenter::matchLongest(std::u16string_view block) {
     for (std::size_t at = 0; at < block.size(); at += steps_[at].size) {
         const std::u16string_view rest = block.substr(at);
-        steps_[at] = {single_[block[at]], 1};
+        steps_[at] = {table_.find(rest, 1), 1};
         for (unsigned sizes = sizesAt(rest); sizes != 0; sizes &= sizes - 1) {
             const auto size = static_cast<std::size_t>(std::countr_zero(sizes));
-            if (const std::size_t index = words_.find(rest, size); index != WordDictionary::kNone) {
-                steps_[at] = {static_cast<std::uint32_t>(index + 1), static_cast<std::uint32_t>(size)};
+            if (const WordTable::Known* known = table_.find(rest, size)) {
+                steps_[at] = {known, size};
             }
         }
     }

@@ -1,10 +1,12 @@
 #pragma once
 
 #include "segment/word_dictionary.h"
+#include "segment/word_table.h"
 
 #include <array>
 #include <cstdint>
 #include <functional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -26,8 +28,10 @@ using WordSink = std::function<void(const Word&)>;
 /// them.
 class Segmenter {
 public:
-    /// `words` outlives this and does not change.
+    /// Takes what it needs from `words`, which may go afterwards.
     explicit Segmenter(const WordDictionary& words);
+    Segmenter(const Segmenter&) = delete; // words that it gave refer to it
+    Segmenter& operator=(const Segmenter&) = delete;
 
     /// The words of a run, in order.
     void cut(std::u16string_view run, const WordSink& take);
@@ -41,24 +45,24 @@ private:
     /// Costs are -log2 of the probability in 2^-16; whole numbers, so that equal ways are equal to the last bit.
     using Cost = std::int64_t;
 
-    /// A word of a way through the block: its place in the dictionary from 1, 0 when it is none, and its size.
+    /// A word of a way through the block. `known` is null for one that the dictionary lacks.
     struct Step {
-        std::uint32_t entry, size;
+        const WordTable::Known* known;
+        std::size_t size;
     };
 
     void weigh(std::u16string_view block);
     void matchLongest(std::u16string_view block);
     unsigned sizesAt(std::u16string_view rest) const noexcept;
-    Word wordOf(std::u16string_view text, std::size_t entry) const noexcept;
+    Word wordOf(std::u16string_view text, const WordTable::Known* known) const noexcept;
 
-    const WordDictionary& words_;
     bool hasFrequencies_ = false;
     Cost onceCost_ = 0;
-    std::vector<std::int32_t> costs_;         ///< by entry
-    std::vector<std::uint32_t> single_;       ///< by unit: place of the word of that one unit from 1, 0 for none
-    std::vector<std::uint8_t> sizes_;         ///< by hashed pair of units: bit n when a word of n units may begin so
-    std::array<Cost, kBlock + 1> restCost_{}; ///< by position in the block: of the best way from there to its end
-    std::array<Step, kBlock> steps_{};        ///< and its first word
+    WordTable table_;
+    std::vector<std::u16string> partsOfSpeech_; ///< each once
+    std::vector<std::uint8_t> sizes_;           ///< by hashed pair of units: bit n when a word of n units may begin so
+    std::array<Cost, kBlock + 1> restCost_{};   ///< by position in the block: of the best way from there to its end
+    std::array<Step, kBlock> steps_{};          ///< and its first word
 };
 
 } // namespace kelb::segment

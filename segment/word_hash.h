@@ -9,29 +9,29 @@
 
 namespace kelb::segment {
 
-/// Units that hashOf reads at once.
-inline constexpr std::size_t kHashedUnits = 8;
+/// Bytes that hashOf reads at once.
+inline constexpr std::size_t kHashedBytes = 16;
 
-/// Hash of the first `size` units of `text`. Requires size < kHashedUnits and size <= text.size(). Quickest where
-/// kHashedUnits can be read: no loop, no branch on the size.
-inline std::uint64_t hashOf(std::u16string_view text, std::size_t size) noexcept {
-    using Units = std::array<char16_t, kHashedUnits>;
+/// Hash of the first `size` bytes of `text`. Requires size < kHashedBytes and size <= text.size(). Quickest where
+/// kHashedBytes can be read: no loop, no branch on the size.
+inline std::uint64_t hashOf(std::string_view text, std::size_t size) noexcept {
+    using Bytes = std::array<unsigned char, kHashedBytes>;
     static constexpr auto kMasks = [] {
-        std::array<Units, kHashedUnits> masks{};
-        for (std::size_t kept = 0; kept < kHashedUnits; ++kept) {
-            for (std::size_t unit = 0; unit < kept; ++unit) {
-                masks[kept][unit] = 0xFFFF;
+        std::array<Bytes, kHashedBytes> masks{};
+        for (std::size_t kept = 0; kept < kHashedBytes; ++kept) {
+            for (std::size_t byte = 0; byte < kept; ++byte) {
+                masks[kept][byte] = 0xFF;
             }
         }
         return masks;
     }();
     std::array<std::uint64_t, 2> packed{}, mask{};
-    if (text.size() >= kHashedUnits) {
+    if (text.size() >= kHashedBytes) {
         std::memcpy(packed.data(), text.data(), sizeof packed);
     } else {
-        Units units{};
-        std::copy_n(text.begin(), size, units.begin());
-        std::memcpy(packed.data(), units.data(), sizeof packed);
+        std::array<char, kHashedBytes> bytes{};
+        std::copy_n(text.begin(), size, bytes.begin());
+        std::memcpy(packed.data(), bytes.data(), sizeof packed);
     }
     std::memcpy(mask.data(), kMasks[size].data(), sizeof mask);
     std::uint64_t mixed = ((packed[0] & mask[0]) ^ size) * 0xBF58476D1CE4E5B9U;

@@ -82,7 +82,8 @@ protected:
         JobSummary summary(kDedupeSourceJob);
         dedupeSource({std::u16string(kSource)}, machine(), host, summary);
     }
-    std::vector<std::string> crawlRows() { return rows(kSource, u"select * from bbsforum order by id"); }
+    /// In the order in which they lie in the file.
+    std::vector<std::string> crawlRows() { return rows(kSource, u"select * from bbsforum"); }
 
     /// Every page file with its text.
     std::map<std::u16string, std::string> pages() {
@@ -336,8 +337,7 @@ protected:
     }
     std::string state() {
         std::string text;
-        for (const auto& [database, table] :
-             {std::pair(kSource, u"bbsforum order by id"), std::pair(kDest, u"wxGG order by url")}) {
+        for (const auto& [database, table] : {std::pair(kSource, u"bbsforum"), std::pair(kDest, u"wxGG")}) {
             for (const std::string& row : rows(database, u"select * from " + std::u16string(table))) {
                 text += row + "\n";
             }
