@@ -18,6 +18,19 @@ constexpr char kStop[] = "ChkStopFor";
 constexpr char kStopParameters[] = "Check2";
 constexpr char kNoStop[] = ""; ///< jobs that never ask whether to stop. Kept
 
+/// The databases that the set-up dialog has opened go before the window's fields.
+jobs::ArticleImportOptions articleOptions(JobContexts& contexts, const JobRequest& request) {
+    jobs::ArticleImportOptions options;
+    options.source = request.source;
+    options.dest = request.destination;
+    if (const auto& chosen = contexts.program().templateWorkflow().chosen()) {
+        options.source = chosen->source;
+        options.dest = chosen->destination;
+        options.destTable = chosen->destinationTable;
+    }
+    return options;
+}
+
 } // namespace
 
 std::vector<JobButton> jobButtons(JobContexts& contexts) {
@@ -38,10 +51,7 @@ std::vector<JobButton> jobButtons(JobContexts& contexts) {
         {"Command12", kStop, jobs::kArticleImportJob,
          [&contexts](const JobRequest& request, jobs::JobHost& host, jobs::JobSummary& summary) {
              contexts.run(request.options, [&](jobs::Context& context) {
-                 jobs::ArticleImportOptions options;
-                 options.source = request.source;
-                 options.dest = request.destination;
-                 jobs::importArticles(options, context, host, summary);
+                 jobs::importArticles(articleOptions(contexts, request), context, host, summary);
              });
          }},
         {"Command13", kNoStop, jobs::kMultipageImportJob,

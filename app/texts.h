@@ -104,8 +104,9 @@ inline constexpr JobText kJobs[] = {
      KELB_TEXT("填好的 sT、sC 供以后的任务直接使用。需要勾选“如果是在…采集的内容”。")},
     {"Command12", KELB_TEXT("单页文章导入"),
      KELB_TEXT("按站点标记从源库的每一行提取一篇文章，加入目的表；达到 8000 字的文章改写入 TestRec 文件夹。"),
-     KELB_TEXT("源取自 Source DB，目的取自 Destination DB，站点在 Kelb.ini 的 [Articles] "
-               "中设置。不属于任何站点的行沿用上一行的标题和正文。日志只显示最近的一篇文章。")},
+     KELB_TEXT(
+         "源和目的在“窗口 → 参数设定”中指定；没有指定时取自 Source DB 和 Destination DB。站点在 Kelb.ini 的 [Articles] "
+         "中设置。不属于任何站点的行沿用上一行的标题和正文。日志只显示最近的一篇文章。")},
     {"Command13", KELB_TEXT("多页文章导入"),
      KELB_TEXT(
          "把分成多页的文章合并后加入 SQL Server 的 wxPrinter 表，并清空源表首页行的 blnPass、sT、sC；每次最多 10 篇。"),

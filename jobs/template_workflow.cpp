@@ -45,6 +45,8 @@ void TemplateWorkflow::open(const TemplateChoice& choice) {
     try {
         openSource(choice.source);
         openDestination(choice);
+        chosen_ = choice;
+        chosen_->destination = sDestDbPath_;
     } catch (...) {
         close();
         throw;

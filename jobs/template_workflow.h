@@ -5,6 +5,7 @@
 #include "jobs/configuration.h"
 #include "platform/file_system.h"
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -39,6 +40,10 @@ public:
     void close();
     bool isOpen() const;
 
+    /// What was opened last, its destination a bare path; stays when it is closed, for the jobs that work on the same
+    /// databases. No value before the first time.
+    const std::optional<TemplateChoice>& chosen() const noexcept { return chosen_; }
+
     ado::Recordset& rsSource() noexcept { return rsSource_; }
     ado::Recordset& rsDest() noexcept { return rsDest_; }
     ado::Connection& destination() noexcept { return destination_; }
@@ -52,6 +57,7 @@ private:
     ado::Connection source_, destination_; // before the record sets, which are closed first
     ado::Recordset rsSource_, rsDest_;
     std::u16string sDestDbPath_, query_;
+    std::optional<TemplateChoice> chosen_;
 };
 
 /// Whether the database has a table of exactly this name.

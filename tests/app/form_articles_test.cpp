@@ -59,6 +59,21 @@ TEST_F(FormArticles, Command12ImportsAndLeavesTheLastArticleInTheLog) {
     EXPECT_TRUE(form.findChild<QLabel*>("LabelSummary")->text().startsWith("单页文章导入：共 3 行，保存 2"));
 }
 
+TEST_F(FormArticles, Command12GoesByTheSetUpDialogOnceItHasOpenedDatabases) {
+    execute(u"X:\\other.mdb", {u"create table bbsforum (url varchar(255), content memo)",
+                               u"insert into bbsforum (url) values ('http://none/1')"});
+    crawlRows({{u"http://none/2", std::nullopt}});
+    jobs::TemplateWorkflow& workflow = contexts.program().templateWorkflow();
+    workflow.open({.source = u"X:\\other.mdb",
+                   .destination = u"Provider=Microsoft.Jet.OLEDB.4.0;Data Source=" + std::u16string(kDest),
+                   .destinationTable = u"wxNew"});
+    workflow.close();
+    click("Command12");
+    EXPECT_THAT(dialogs.errors, IsEmpty());
+    EXPECT_THAT(rows(kDest, u"select url from wxNew"), ElementsAre("http://none/1"));
+    EXPECT_THAT(rows(kDest, u"select url from wxAll"), IsEmpty());
+}
+
 TEST_F(FormArticles, Command13MergesIntoTheDatabaseOfTheSettings) {
     execute(kDest, {u"create table wxPrinter (url varchar(255), sT varchar(255), sC memo, sA memo, recTime datetime)"});
     crawlRows({{u"http://a.example/art/n10.htm",
