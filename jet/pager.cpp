@@ -430,14 +430,16 @@ void Pager::commit() {
         s.store.commit(changes, pageCount());
     } catch (const std::exception& error) {
         const auto* fileError = dynamic_cast<const platform::FileError*>(&error);
-        s.failure.emplace(fileError != nullptr ? fileError->kind() : platform::FileError::Kind::Other, "saving", path_,
+        s.failure.emplace(fileError != nullptr ? fileError->kind() : platform::FileError::Kind::Other, "save", path_,
                           fileError != nullptr ? fileError->systemCode() : 0,
-                          std::string("changes since the last save were dropped (") + error.what() +
+                          std::string("changes since the last save may be lost (") + error.what() +
                               "); close the database and open it again");
         s.transactions = 0;
         s.dropChanges();
         s.clean = {};
         std::fill(s.table.begin(), s.table.end(), nullptr); // every read now meets the failure
+        if (fileError != nullptr)
+            throw *s.failure;
         throw;
     }
     while (!s.changed.empty())

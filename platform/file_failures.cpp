@@ -67,4 +67,8 @@ FileError readOnly(std::string_view operation, std::u16string_view path) {
     return systemFailure(operation, path, EACCES);
 }
 
+FileError noSpace(std::string_view operation, std::u16string_view path) {
+    return systemFailure(operation, path, ENOSPC);
+}
+
 } // namespace kelb::platform

@@ -9,6 +9,7 @@ namespace kelb::platform {
 [[nodiscard]] FileError alreadyThere(std::string_view operation, std::u16string_view path);
 [[nodiscard]] FileError locked(std::string_view operation, std::u16string_view path);
 [[nodiscard]] FileError readOnly(std::string_view operation, std::u16string_view path);
+[[nodiscard]] FileError noSpace(std::string_view operation, std::u16string_view path);
 
 /// The error of a system call that failed with `code` (errno).
 [[nodiscard]] FileError systemFailure(std::string_view operation, std::u16string_view path, int code);

@@ -10,6 +10,8 @@ namespace kelb::platform {
 
 namespace {
 
+constexpr std::size_t kSector = 512; ///< bytes that reach a disk all or not at all
+
 /// A write, or a truncation to `offset`, that no sync has followed.
 struct Change {
     std::uint64_t sequence; ///< among the changes of all files
@@ -145,7 +147,31 @@ std::shared_ptr<MemoryFileSystem::File> MemoryFileSystem::create(std::u16string_
     return file;
 }
 
+void MemoryFileSystem::setName(Name name) {
+    if (name.file == nullptr) {
+        files_.erase(pathKey(name.path));
+    } else {
+        files_.erase(pathKey(name.movedFrom));
+        files_.insert_or_assign(pathKey(name.path), name.file);
+    }
+    unsyncedNames_.push_back(std::move(name));
+}
+
 void MemoryFileSystem::write(File& file, std::uint64_t offset, std::string_view bytes) {
+    const std::uint64_t end = offset + bytes.size();
+    if (capacity != kAll && end > file.bytes.size()) {
+        std::uint64_t used = 0;
+        for (const auto& named : files_) {
+            used += named.second->bytes.size();
+        }
+        const std::uint64_t fits = file.bytes.size() + (used < capacity ? capacity - used : 0);
+        if (fits < end) {
+            if (fits > offset) {
+                write(file, offset, bytes.substr(0, static_cast<std::size_t>(fits - offset)));
+            }
+            throw noSpace("write", file.path);
+        }
+    }
     replay(file.unsynced.emplace_back(Change{++changes_, false, offset, std::string(bytes)}), file.bytes);
 }
 
@@ -183,9 +209,9 @@ std::string MemoryFileSystem::readFront(std::u16string_view path, std::size_t li
 
 void MemoryFileSystem::writeFile(std::u16string_view path, std::string_view bytes) {
     announce("write", path);
-    auto& file = files_[pathKey(path)];
+    auto file = find(path);
     if (file == nullptr) {
-        file = create(path);
+        setName({std::u16string(path), file = create(path), {}});
     } else if (file->readOnly) {
         throw readOnly("write", path);
     } else {
@@ -200,14 +226,15 @@ void MemoryFileSystem::replaceFile(std::u16string_view path, std::string_view by
     auto file = create(path);
     write(*file, 0, bytes);
     file->makeDurable();
-    files_[pathKey(path)] = std::move(file);
+    setName({std::u16string(path), std::move(file), {}});
+    syncNames();
 }
 
 void MemoryFileSystem::appendFile(std::u16string_view path, std::string_view bytes) {
     announce("write", path);
-    auto& file = files_[pathKey(path)];
+    auto file = find(path);
     if (file == nullptr) {
-        file = create(path);
+        setName({std::u16string(path), file = create(path), {}});
     } else if (file->readOnly) {
         throw readOnly("write", path);
     }
@@ -216,19 +243,18 @@ void MemoryFileSystem::appendFile(std::u16string_view path, std::string_view byt
 
 void MemoryFileSystem::removeFile(std::u16string_view path) {
     announce("remove", path);
-    if (files_.erase(pathKey(path)) == 0) {
-        throw notFound("remove", path);
-    }
+    findOrThrow("remove", path);
+    setName({std::u16string(path), nullptr, {}});
 }
 
 void MemoryFileSystem::renameFile(std::u16string_view from, std::u16string_view to) {
     announce("rename", from);
-    auto moved = files_.extract(pathKey(from));
-    if (moved.empty()) {
+    auto moved = find(from);
+    if (moved == nullptr) {
         throw notFound("rename", from);
     }
-    moved.mapped()->path = to;
-    files_.insert_or_assign(pathKey(to), std::move(moved.mapped()));
+    moved->path = to;
+    setName({std::u16string(to), std::move(moved), std::u16string(from)});
 }
 
 void MemoryFileSystem::makeFolders(std::u16string_view path) {
@@ -289,7 +315,7 @@ std::unique_ptr<RandomAccessFile> MemoryFileSystem::open(std::u16string_view pat
         if (file != nullptr) {
             throw alreadyThere("create", path);
         }
-        file = files_[pathKey(path)] = create(path);
+        setName({std::u16string(path), file = create(path), {}});
     } else if (file == nullptr) {
         throw notFound("open", path);
     } else if (mode == OpenMode::ReadWrite && file->readOnly) {
@@ -300,6 +326,15 @@ std::unique_ptr<RandomAccessFile> MemoryFileSystem::open(std::u16string_view pat
 
 void MemoryFileSystem::syncFolder(std::u16string_view folder) {
     announce("sync", folder);
+    syncNames();
+}
+
+void MemoryFileSystem::syncNames() {
+    for (Name& name : unsyncedNames_) {
+        durableNames_.erase(pathKey(name.movedFrom));
+        durableNames_.insert_or_assign(pathKey(name.path), std::move(name));
+    }
+    unsyncedNames_.clear();
 }
 
 std::u16string MemoryFileSystem::nativePath(std::u16string_view path) {
@@ -311,20 +346,33 @@ std::string MemoryFileSystem::identityOf(std::u16string_view path) {
 }
 
 std::map<std::u16string, std::string>
-MemoryFileSystem::afterPowerCut(const std::function<bool(std::size_t)>& keepUnsynced) const {
+MemoryFileSystem::afterPowerCut(const std::function<bool(std::size_t)>& keepUnsynced, std::uint64_t namesKept) const {
+    auto names = durableNames_;
+    for (std::size_t i = 0; i < std::min<std::uint64_t>(namesKept, unsyncedNames_.size()); ++i) {
+        names.erase(pathKey(unsyncedNames_[i].movedFrom));
+        names.insert_or_assign(pathKey(unsyncedNames_[i].path), unsyncedNames_[i]);
+    }
     std::map<std::u16string, std::string> left;
     std::vector<std::pair<const Change*, std::string*>> pending;
-    for (const auto& [key, file] : files_) {
-        std::string& bytes = left[file->path] = file->durable;
-        for (const Change& change : file->unsynced) {
+    for (const auto& [key, name] : names) {
+        if (name.file == nullptr) {
+            continue;
+        }
+        std::string& bytes = left[name.path] = name.file->durable;
+        for (const Change& change : name.file->unsynced) {
             pending.emplace_back(&change, &bytes);
         }
     }
     std::sort(pending.begin(), pending.end(),
               [](const auto& a, const auto& b) { return a.first->sequence < b.first->sequence; });
-    for (std::size_t i = 0; i < pending.size(); ++i) {
-        if (keepUnsynced(i)) {
-            replay(*pending[i].first, *pending[i].second);
+    std::size_t asked = 0;
+    for (const auto& [change, bytes] : pending) {
+        for (std::size_t begin = 0, end = 0; begin == 0 || begin < change->bytes.size(); begin = end) {
+            end = begin + kSector - static_cast<std::size_t>((change->offset + begin) % kSector);
+            if (keepUnsynced(asked++)) {
+                replay({0, change->truncates, change->offset + begin, change->bytes.substr(begin, end - begin)},
+                       *bytes);
+            }
         }
     }
     return left;

@@ -2,265 +2,327 @@
 #include "jet/journal.h"
 
 #include "tests/jet/database_fixture.h"
+#include "tests/platform/interposed_file_system.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <csignal>
-#include <cstdlib>
-#include <filesystem>
+#include <functional>
 #include <optional>
 #include <random>
 #include <set>
-#include <sys/wait.h>
-#include <unistd.h>
 #include <vector>
 
-/// What is left of a database when the program or the machine stops in the middle of work.
+/// What is left of a database when a disk fails, is full, or loses its power in the middle of work; tests/kill does the
+/// same to a program that is killed.
 namespace kelb::jet {
 namespace {
 
 using namespace testing;
+using platform::FileError;
+using ::testing::HasSubstr;
 
-/// Work of every kind, saved after each step. `saved` is told the content after each save.
-void work(Machine& machine, const std::function<void(Database&)>& saved) {
-    const auto database = machine.create();
-    const auto save = [&] {
-        database->commit();
-        saved(*database);
-    };
-    save();
-    Table& table = database->createTable({.name = u"t",
-                                          .columns = {{.name = u"id", .type = ColumnType::Long, .autonumber = true},
-                                                      {.name = u"url"},
-                                                      {.name = u"content", .type = ColumnType::Memo}},
-                                          .indexes = {{.name = u"u", .columns = {{u"url"}}, .unique = true}}});
-    save();
-    std::vector<RowId> rows;
-    for (std::size_t i = 0; i < 12; ++i) {
-        rows.push_back(insertRow(table, {Null{}, u"http://" + platform::fromUtf8(std::to_string(i * 7 % 12)),
-                                         std::u16string(i * 600, static_cast<char16_t>(u'a' + i))}));
-        if (i % 4 == 3)
-            save();
+/// One disk and the database on it as one connection sees it.
+struct Sitting {
+    platform::MemoryFileSystem disk;
+    platform::InterposedFileSystem files{disk};
+    ManualClock clock;
+    SteadyRandom random;
+    platform::Platform platform{files, clock, random, u""};
+    std::unique_ptr<Database> database;
+
+    Table& table() { return database->table(u"t"); }
+    void open() {
+        database = disk.fileExists(kPath) ? Database::open(platform, kPath, {.access = Pager::Access::Write})
+                                          : Database::create(platform, kPath);
     }
-    const Change longer[] = {{2, std::u16string(9000, u'L')}};
-    table.update(rows[1], longer);
-    table.erase(rows[10]);
-    save();
-    database->beginTransaction();
-    const Change shorter[] = {{2, u"s"}, {1, u"http://other"}};
-    table.update(rows[11], shorter);
-    table.erase(rows[2]);
-    database->commitTransaction();
-    saved(*database);
-    database->addColumn(u"t", {.name = u"extra", .type = ColumnType::Memo});
-    database->createIndex(u"t", {.name = u"e", .columns = {{u"id"}}});
-    save();
+    RowId row(std::int32_t id) {
+        const std::size_t index = *table().indexOn(*table().definition().findColumn(u"id"));
+        return table().lookUp(index, id).at(0);
+    }
+    void insert(std::size_t i) {
+        insertRow(table(), {Null{}, u"http://" + platform::fromUtf8(std::to_string(i * 7 % 12)),
+                            std::u16string(i * 600, static_cast<char16_t>(u'a' + i))});
+    }
+    void update(std::int32_t id, std::u16string content) {
+        const Change changes[] = {{2, std::move(content)},
+                                  {1, u"http://changed/" + platform::fromUtf8(std::to_string(id))}};
+        table().update(row(id), changes);
+    }
+};
+
+/// Work of every kind, in steps that are each one change, one save, or one opening.
+const std::vector<std::function<void(Sitting&)>>& script() {
+    static const auto steps = [] {
+        std::vector<std::function<void(Sitting&)>> all;
+        const auto save = [](Sitting& s) { s.database->commit(); };
+        all.emplace_back([](Sitting& s) {
+            s.database->createTable({.name = u"t",
+                                     .columns = {{.name = u"id", .type = ColumnType::Long, .autonumber = true},
+                                                 {.name = u"url"},
+                                                 {.name = u"content", .type = ColumnType::Memo}},
+                                     .indexes = {{.name = u"i", .columns = {{u"id"}}, .primary = true},
+                                                 {.name = u"u", .columns = {{u"url"}}, .unique = true}}});
+        });
+        for (std::size_t i = 0; i < 12; ++i) {
+            all.emplace_back([i](Sitting& s) { s.insert(i); });
+            if (i % 4 == 3)
+                all.emplace_back(save);
+        }
+        all.emplace_back([](Sitting& s) { s.update(2, std::u16string(9000, u'L')); });
+        all.emplace_back([](Sitting& s) { s.table().erase(s.row(11)); });
+        all.emplace_back(save);
+        all.emplace_back([](Sitting& s) { // closed, and opened by the next program
+            s.database.reset();
+            s.open();
+        });
+        all.emplace_back([](Sitting& s) {
+            s.database->beginTransaction();
+            s.update(12, u"s");
+        });
+        all.emplace_back([](Sitting& s) { s.table().erase(s.row(3)); });
+        all.emplace_back([](Sitting& s) { s.database->commitTransaction(); });
+        all.emplace_back([](Sitting& s) { s.database->addColumn(u"t", {.name = u"extra", .type = ColumnType::Memo}); });
+        all.emplace_back(save);
+        all.emplace_back([](Sitting& s) {
+            s.database->createIndex(u"t", {.name = u"e", .columns = {{u"content"}, {u"url"}}});
+        });
+        all.emplace_back(save);
+        return all;
+    }();
+    return steps;
 }
 
-std::vector<std::string> savedStates() {
-    Machine machine;
-    std::vector<std::string> states;
-    work(machine, [&states](Database& database) { states.push_back(contentOf(database)); });
-    return states;
+bool isSave(std::size_t from, const std::vector<std::string>& states) {
+    return states[from] == states[from + 1];
 }
 
-/// Opens what is left and gives its content; checks that no journal stays. Nothing when there is no file yet.
-std::optional<std::string> contentLeft(Machine& machine) {
-    machine.files.beforeOperation = nullptr;
-    if (!machine.files.fileExists(kPath))
-        return std::nullopt;
-    const auto database = machine.open();
-    EXPECT_FALSE(machine.files.fileExists(journalPath(kPath)));
-    EXPECT_EQ(faultsOf(*database), "");
-    return contentOf(*database);
+/// How far the work has come.
+struct Progress {
+    std::size_t done = 0;  ///< steps
+    std::size_t saved = 0; ///< steps up to the last save that returned
+};
+
+/// The content after each step, [0] before the first.
+const std::vector<std::string>& states() {
+    static const auto all = [] {
+        Sitting s;
+        s.open();
+        std::vector<std::string> contents{contentOf(*s.database)};
+        for (const auto& step : script()) {
+            step(s);
+            contents.push_back(contentOf(*s.database));
+        }
+        return contents;
+    }();
+    return all;
 }
 
-TEST(Crash, AFailingDiskLeavesASavedState) {
-    const std::vector<std::string> states = savedStates();
-    std::size_t operations = 0;
-    for (std::size_t nth = 0;; ++nth) {
-        Machine machine;
-        std::size_t left = nth, saves = 0;
-        machine.files.beforeOperation = [&left](std::string_view operation, std::u16string_view path) {
-            if (left-- == 0)
-                throw platform::FileError(platform::FileError::Kind::NoSpace, operation, path, 28, "disk full");
+/// Goes through the script from where `progress` stands. Steps that change no content are saves.
+void work(Sitting& s, Progress& progress) {
+    for (; progress.done < script().size(); ++progress.done) {
+        script()[progress.done](s);
+        if (isSave(progress.done, states()))
+            progress.saved = progress.done + 1;
+    }
+    s.database.reset();
+}
+
+/// Opens what is left: it must be sound and hold the saved content, or the one that was being saved. Sets `progress` to
+/// what it holds. Without a file nothing may have been saved.
+::testing::AssertionResult isWhole(Sitting& s, Progress& progress) {
+    s.database.reset();
+    const bool there = s.disk.fileExists(kPath);
+    if (!there && progress.done > 0)
+        return ::testing::AssertionFailure() << "the file is gone";
+    s.open();
+    if (s.disk.fileExists(journalPath(kPath)))
+        return ::testing::AssertionFailure() << "a journal stays";
+    if (const std::string faults = faultsOf(*s.database); !faults.empty())
+        return ::testing::AssertionFailure() << faults;
+    const std::string content = contentOf(*s.database);
+    const std::size_t next = std::min(progress.done + 1, script().size());
+    if (content == states()[progress.saved])
+        progress.done = progress.saved;
+    else if (content == states()[next])
+        progress.done = progress.saved = next;
+    else
+        return ::testing::AssertionFailure() << "after step " << progress.done << ", saved up to " << progress.saved
+                                             << ", there are " << content.size() << " bytes of content";
+    return ::testing::AssertionSuccess();
+}
+
+enum class Fault {
+    Once,       ///< one operation fails, the next ones work
+    FromThenOn, ///< every operation fails until the file is opened again
+    ShortWrite, ///< of a write half of the bytes arrive
+    FullDisk    ///< there is room for so many bytes
+};
+
+/// Makes the nth operation of the disk fail.
+class FaultyDisk {
+public:
+    FaultyDisk(Sitting& sitting, Fault fault, std::size_t nth) : sitting_(sitting), fault_(fault), left_(nth) {
+        if (fault == Fault::FullDisk)
+            sitting.disk.capacity = nth * kStep;
+        else
+            sitting.files.before = [this](std::string_view operation, std::u16string_view path) {
+                return strike(operation, path);
+            };
+        sitting.files.halfway = [this] { fail("write", kPath); };
+    }
+    ~FaultyDisk() { mend(); }
+    FaultyDisk(const FaultyDisk&) = delete;
+    FaultyDisk& operator=(const FaultyDisk&) = delete;
+
+    void mend() {
+        sitting_.disk.capacity = platform::MemoryFileSystem::kAll;
+        sitting_.files.before = [](std::string_view, std::u16string_view) {
+            return platform::InterposedFileSystem::kAll;
         };
+    }
+
+private:
+    static constexpr std::size_t kStep = 6000; ///< bytes: every page is once the first without room
+
+    std::size_t strike(std::string_view operation, std::u16string_view path) {
+        if (fault_ == Fault::ShortWrite && operation != "write")
+            return platform::InterposedFileSystem::kAll;
+        const bool struck = left_ == 0;
+        if (!struck || fault_ != Fault::FromThenOn)
+            --left_;
+        if (!struck)
+            return platform::InterposedFileSystem::kAll;
+        if (fault_ == Fault::ShortWrite)
+            return 3001;
+        fail(operation, path);
+    }
+    [[noreturn]] static void fail(std::string_view operation, std::u16string_view path) {
+        throw FileError(FileError::Kind::Other, operation, path, 5, "the disk or share reports a fault");
+    }
+
+    Sitting& sitting_;
+    Fault fault_;
+    std::size_t left_;
+};
+
+class FailingDisk : public ::testing::TestWithParam<Fault> {};
+
+TEST_P(FailingDisk, LeavesASavedStateFromWhichTheWorkGoesOn) {
+    static_cast<void>(states()); // counted without faults
+    std::set<std::size_t> struckSteps;
+    bool failed = true;
+    for (std::size_t nth = 0; failed; ++nth) {
+        SCOPED_TRACE(nth);
+        ASSERT_LT(nth, 10000U);
+        Sitting s;
+        FaultyDisk disk(s, GetParam(), nth);
+        Progress progress;
+        failed = false;
+        try {
+            s.open();
+            work(s, progress);
+        } catch (const FileError& error) {
+            failed = true;
+            struckSteps.insert(progress.done);
+            EXPECT_THAT(error.what(), HasSubstr("base.mdb"));
+            EXPECT_THAT(error.what(),
+                        HasSubstr(GetParam() == Fault::FullDisk ? "disk is full; make room" : "reports a fault"));
+            EXPECT_EQ(error.kind(), GetParam() == Fault::FullDisk ? FileError::Kind::NoSpace : FileError::Kind::Other);
+        }
+        disk.mend();
+        ASSERT_TRUE(isWhole(s, progress));
+        work(s, progress);
+        ASSERT_TRUE(isWhole(s, progress));
+        ASSERT_EQ(progress.done, script().size());
+    }
+    EXPECT_GT(struckSteps.size(), 4U) << "several saves are struck";
+}
+
+INSTANTIATE_TEST_SUITE_P(Faults, FailingDisk,
+                         ::testing::Values(Fault::Once, Fault::FromThenOn, Fault::ShortWrite, Fault::FullDisk));
+
+TEST(FailingDiskOfAConnection, AFailedReadOrChangeCostsThatChangeOnly) {
+    Sitting s;
+    Progress progress;
+    s.open();
+    work(s, progress);
+    s.open();
+    std::size_t failures = 0;
+    for (std::size_t nth = 0;; ++nth) {
+        s.database.reset();
+        s.open(); // nothing is cached
+        FaultyDisk disk(s, Fault::Once, nth);
         bool failed = false;
         try {
-            work(machine, [&saves](Database&) { ++saves; });
-        } catch (const platform::FileError&) {
+            s.update(4, std::u16string(4000 + nth, u'x'));
+        } catch (const FileError&) {
             failed = true;
         }
-        ASSERT_LT(nth, 10000U);
-        const std::optional<std::string> content = contentLeft(machine);
-        if (!content) {
-            ASSERT_EQ(saves, 0U) << nth;
-        } else {
-            const std::string& before = states[saves == 0 ? 0 : saves - 1];
-            const std::string& after = states[std::min(saves, states.size() - 1)];
-            ASSERT_TRUE(*content == before || *content == after) << "operation " << nth << " after save " << saves;
-        }
-        if (!failed) {
-            operations = nth;
+        disk.mend();
+        if (!failed)
             break;
-        }
+        ++failures;
+        ASSERT_EQ(contentOf(*s.database), states().back()) << "the same connection, before the change";
+        s.update(4, std::u16string(4000 + nth, u'x'));
+        s.database->commit();
+        ASSERT_EQ(faultsOf(*s.database), "");
+        ASSERT_EQ(valueOf(s.table(), s.row(4), u"content"), Value(std::u16string(4000 + nth, u'x')));
+        s.update(4, std::u16string(1800, u'd'));
+        const Change url[] = {{1, u"http://9"}};
+        s.table().update(s.row(4), url);
+        s.database->commit();
     }
-    EXPECT_GT(operations, 8 * states.size()) << "each save takes several operations";
+    EXPECT_GT(failures, 1U) << "a change reads several runs of pages";
 }
 
 /// The machine is off: from some operation on nothing happens any more, and of what was not yet synced any part may be
 /// on the disk.
 struct PowerCut : std::exception {};
 
-TEST(Crash, APowerCutLeavesAStateNoOlderThanTheLastSave) {
-    const std::vector<std::string> states = savedStates();
+TEST(PowerCut, LeavesAStateNoOlderThanTheLastSave) {
     const std::uint64_t seed = std::random_device{}();
     SCOPED_TRACE("seed " + std::to_string(seed));
     std::mt19937_64 random(seed);
-    for (std::size_t nth = 0;; ++nth) {
-        std::size_t saves = 0;
-        std::vector<std::map<std::u16string, std::string>> disks;
-        bool cut = false;
-        Machine machine;
-        std::size_t done = 0;
-        machine.files.beforeOperation = [&](std::string_view, std::u16string_view) {
-            if (done++ < nth)
-                return;
-            if (!cut) {
-                disks.push_back(machine.files.afterPowerCut([](std::size_t) { return false; }));
-                disks.push_back(machine.files.afterPowerCut([](std::size_t) { return true; }));
-                for (int i = 0; i < 4; ++i)
-                    disks.push_back(machine.files.afterPowerCut([&random](std::size_t) { return random() % 2 == 0; }));
-            }
+    static_cast<void>(states());
+    bool cut = true;
+    for (std::size_t nth = 0; cut; ++nth) {
+        SCOPED_TRACE(nth);
+        Sitting s;
+        Progress progress;
+        std::vector<std::map<std::u16string, std::string>> left;
+        std::size_t before = nth;
+        const auto atRandom = [&random](std::size_t) { return random() % 2 == 0; };
+        cut = false;
+        s.files.before = [&](std::string_view operation, std::u16string_view) {
+            if (operation == "read" || before-- > 0)
+                return platform::InterposedFileSystem::kAll;
+            before = 0;
+            if (!cut)
+                for (const bool names : {false, true}) {
+                    const std::size_t kept = names ? s.disk.unsyncedNames() : random() % (s.disk.unsyncedNames() + 1);
+                    left.push_back(s.disk.afterPowerCut([](std::size_t) { return false; }, kept));
+                    left.push_back(s.disk.afterPowerCut([](std::size_t) { return true; }, kept));
+                    left.push_back(s.disk.afterPowerCut(atRandom, kept));
+                    left.push_back(s.disk.afterPowerCut(atRandom, kept));
+                }
             cut = true;
             throw PowerCut();
         };
         try {
-            work(machine, [&saves](Database&) { ++saves; });
+            s.open();
+            work(s, progress);
         } catch (const PowerCut&) {
-        } catch (const platform::FileError&) { // the pager's words for it
+        } catch (const FileError&) { // the pager's words for it
         }
-        if (!cut)
-            return;
-        for (const auto& disk : disks) {
-            Machine next;
+        for (const auto& disk : left) {
+            Sitting next;
+            Progress then = progress;
             for (const auto& [path, bytes] : disk)
-                next.files.writeFile(path, bytes);
-            const std::optional<std::string> content = contentLeft(next);
-            if (!content) {
-                ASSERT_EQ(saves, 0U) << nth;
-                continue;
-            }
-            const std::string& before = states[saves == 0 ? 0 : saves - 1];
-            const std::string& after = states[std::min(saves, states.size() - 1)];
-            ASSERT_TRUE(*content == before || *content == after)
-                << "operation " << nth << " after save " << saves << ": " << content->size() << " bytes of content";
+                next.disk.writeFile(path, bytes);
+            ASSERT_TRUE(isWhole(next, then));
         }
     }
-}
-
-/// A folder that goes away with the test.
-class TemporaryFolder {
-public:
-    TemporaryFolder() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "kelb-crash-XXXXXX").string();
-        path_ = mkdtemp(pattern.data());
-    }
-    ~TemporaryFolder() { std::filesystem::remove_all(path_); }
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-    std::u16string file(std::u16string_view name) const {
-        return platform::joinPath(platform::fromUtf8(path_.string()), name);
-    }
-
-private:
-    std::filesystem::path path_;
-};
-
-std::u16string memoOf(std::int32_t number) {
-    return std::u16string(static_cast<std::size_t>(number) * 997 % 12000, static_cast<char16_t>(0x4E00 + number));
-}
-
-/// Inserts rows for ever and tells the number of each saved one through the pipe.
-[[noreturn]] void insertUntilKilled(const std::u16string& path, int pipe) {
-    const auto files = platform::makeSystemFileSystem({});
-    platform::SystemClock clock;
-    SteadyRandom random;
-    platform::Platform platform{*files, clock, random, u""};
-    const auto database = Database::open(platform, path, {.access = Pager::Access::Write});
-    Table& table = database->table(u"t");
-    for (std::int32_t number = table.lastAutonumber() + 1;; ++number) {
-        insertRow(table, {Null{}, platform::fromUtf8("key" + std::to_string(number)), memoOf(number)});
-        if (number % 3 == 0) {
-            database->commit();
-            if (write(pipe, &number, sizeof number) != sizeof number)
-                _exit(1);
-        }
-    }
-}
-
-/// The highest number told before the end.
-std::int32_t lastSaved(int pipe) {
-    std::int32_t number = 0, last = 0;
-    while (read(pipe, &number, sizeof number) == sizeof number)
-        last = number;
-    return last;
-}
-
-TEST(Crash, AKilledProgramLosesNothingThatWasSaved) {
-    const TemporaryFolder folder;
-    const std::u16string path = folder.file(u"base.mdb");
-    const auto files = platform::makeSystemFileSystem({});
-    platform::SystemClock clock;
-    SteadyRandom random;
-    platform::Platform platform{*files, clock, random, u""};
-    {
-        const auto database = Database::create(platform, path);
-        database->createTable({.name = u"t",
-                               .columns = {{.name = u"id", .type = ColumnType::Long, .autonumber = true},
-                                           {.name = u"url"},
-                                           {.name = u"content", .type = ColumnType::Memo}},
-                               .indexes = {{.name = u"u", .columns = {{u"url"}}, .unique = true}}});
-        database->commit();
-    }
-    std::int32_t atLeast = 0;
-    for (int round = 0; round < 8; ++round) {
-        int ends[2] = {};
-        ASSERT_EQ(pipe(ends), 0);
-        const pid_t child = fork();
-        ASSERT_GE(child, 0);
-        if (child == 0) {
-            close(ends[0]);
-            insertUntilKilled(path, ends[1]);
-        }
-        close(ends[1]);
-        usleep(30000 + 17000 * static_cast<unsigned>(round));
-        kill(child, SIGKILL);
-        int status = 0;
-        waitpid(child, &status, 0);
-        ASSERT_TRUE(WIFSIGNALED(status)) << "the child ended by itself";
-        atLeast = std::max(atLeast, lastSaved(ends[0]));
-        close(ends[0]);
-
-        const auto database = Database::open(platform, path, {.access = Pager::Access::Write});
-        EXPECT_EQ(faultsOf(*database), "");
-        Table& table = database->table(u"t");
-        std::set<std::int32_t> numbers;
-        Row row;
-        for (TableScan scan = table.scan(); scan.next(row);) {
-            const auto number = std::get<std::int32_t>(row.value(*table.definition().findColumn(u"id")));
-            EXPECT_TRUE(numbers.insert(number).second);
-            ASSERT_EQ(row.value(*table.definition().findColumn(u"content")), Value(memoOf(number))) << number;
-        }
-        ASSERT_GE(numbers.size(), static_cast<std::size_t>(atLeast));
-        ASSERT_EQ(table.rowCount(), numbers.size());
-        if (!numbers.empty()) {
-            ASSERT_EQ(*numbers.rbegin(), static_cast<std::int32_t>(numbers.size())) << "a row is missing";
-            const auto index = *table.indexOn(*table.definition().findColumn(u"url"));
-            ASSERT_EQ(table.lookUp(index, platform::fromUtf8("KEY" + std::to_string(numbers.size()))).size(), 1U);
-        }
-    }
-    EXPECT_GT(atLeast, 0) << "no round got as far as a save";
 }
 
 } // namespace

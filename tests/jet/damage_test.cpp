@@ -1,5 +1,5 @@
+#include "tests/jet/damaged_use.h"
 #include "tests/jet/index_tree_fixture.h"
-#include "tests/jet/verify_fixture.h"
 
 #include <gtest/gtest.h>
 
@@ -39,41 +39,6 @@ std::byte anyByte(Random& random) {
                                  : static_cast<std::byte>(below(random, 256));
 }
 
-/// Reads and changes what it can; damage may end each step.
-void use(Database& database) {
-    const auto attempt = [](const auto& step) {
-        try {
-            step();
-        } catch (const Error&) { // what a damaged file is expected to give
-        }
-    };
-    attempt([&] { static_cast<void>(contentOf(database)); });
-    Table* items = nullptr;
-    attempt([&] {
-        items = &database.table(u"Items");
-        static_cast<void>(items->definition());
-    });
-    if (items == nullptr)
-        return;
-    attempt([&] { insertRow(*items, {Null{}, u"http://new", std::int32_t{5}, std::u16string(3000, u'新')}); });
-    std::vector<RowId> rows;
-    attempt([&] {
-        Row row;
-        for (TableScan scan = items->scan(); scan.next(row);)
-            rows.push_back(row.id());
-    });
-    for (std::size_t i = 0; i < rows.size(); i += 9) {
-        attempt([&] {
-            const std::size_t note = Patient::columnIndex(*items, u"note");
-            items->update(rows[i], std::vector<Change>{{note, std::u16string(90, u'x')}});
-        });
-        attempt([&] { items->erase(rows[i]); });
-    }
-    attempt([&] { database.createTable({u"New", {newColumn(u"a", ColumnType::Memo)}, {}}); });
-    attempt([&] { database.addColumn(u"Items", newColumn(u"b", ColumnType::Text)); });
-    attempt([&] { database.createIndex(u"Items", {u"noteidx", {{u"note", true}}}); });
-}
-
 class DamagedBytes : public ::testing::TestWithParam<std::uint32_t> {};
 
 TEST_P(DamagedBytes, NeverBringItDown) {
@@ -88,7 +53,7 @@ TEST_P(DamagedBytes, NeverBringItDown) {
         try {
             const auto database = patient.open(Pager::Access::Write);
             static_cast<void>(verify(*database));
-            use(*database);
+            useDamaged(*database);
             static_cast<void>(verify(*database));
         } catch (const Error& error) { // opening it
             EXPECT_STRNE(error.what(), "");

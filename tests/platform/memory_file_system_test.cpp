@@ -47,6 +47,57 @@ TEST(MemoryFileSystem, AReplacedFileIsOldOrNewAfterAPowerCut) {
     EXPECT_EQ(files.afterPowerCut([](std::size_t) { return false; }).at(u"n.txt"), "333");
 }
 
+TEST(MemoryFileSystem, APowerCutTearsAWriteAtTheSectorsOfTheDisk) {
+    MemoryFileSystem files;
+    files.writeFile(u"n", std::string(1200, 'x')); // sectors at 0, 512, 1024
+    const auto file = files.open(u"n", OpenMode::ReadWrite);
+    file->sync();
+    file->writeAt(500, asBytes(std::string(600, 'y'))); // 12 bytes of the first, the second, 76 of the third
+    EXPECT_EQ(files.afterPowerCut([](std::size_t nth) { return nth == 1; }).at(u"n"),
+              std::string(512, 'x') + std::string(512, 'y') + std::string(176, 'x'));
+}
+
+TEST(MemoryFileSystem, APowerCutKeepsTheFirstOfTheNamesThatWereNotSynced) {
+    MemoryFileSystem files;
+    for (const auto* path : {u"a", u"b"})
+        static_cast<void>(files.open(path, OpenMode::CreateNew));
+    files.syncFolder(u"");
+    files.removeFile(u"a");
+    static_cast<void>(files.open(u"c", OpenMode::CreateNew));
+    files.renameFile(u"b", u"d"); // the old name goes in the same moment
+    const auto names = [&](std::uint64_t kept) {
+        std::u16string text;
+        for (const auto& [path, bytes] : files.afterPowerCut([](std::size_t) { return false; }, kept))
+            text += path;
+        return text;
+    };
+    EXPECT_EQ(files.unsyncedNames(), 3U);
+    EXPECT_EQ(names(0), u"ab");
+    EXPECT_EQ(names(1), u"b");
+    EXPECT_EQ(names(2), u"bc");
+    EXPECT_EQ(names(3), u"cd");
+}
+
+TEST(MemoryFileSystem, AFullDiskTakesWhatFitsAndSaysSo) {
+    MemoryFileSystem files;
+    files.writeFile(u"/old", "12345678");
+    files.capacity = 10;
+    const auto file = files.open(u"/new", OpenMode::CreateNew);
+    try {
+        file->writeAt(0, asBytes("abc"));
+        FAIL();
+    } catch (const FileError& error) {
+        EXPECT_EQ(error.kind(), FileError::Kind::NoSpace);
+        EXPECT_STREQ(error.what(), "cannot write \"/new\": the disk is full; make room and try again");
+    }
+    EXPECT_EQ(files.readFile(u"/new"), "ab");
+    file->writeAt(0, asBytes("AB")); // takes no more room
+    files.removeFile(u"/old");
+    file->writeAt(2, asBytes("cdefghij"));
+    EXPECT_THROW(file->writeAt(10, asBytes("k")), FileError);
+    EXPECT_EQ(files.readFile(u"/new"), "ABcdefghij");
+}
+
 TEST(MemoryFileSystem, EveryOperationIsAnnouncedAndMayFail) {
     MemoryFileSystem files;
     std::vector<std::string> seen;
