@@ -196,7 +196,7 @@ void markHalfCharacters(std::u16string& text) noexcept {
 }
 
 Decimal parseDecimal(std::u16string_view text) {
-    const auto refuse = [&] [[noreturn]] {
+    const auto refuse = [&] {
         throw Error(Error::Kind::TypeMismatch, "\"" + platform::toUtf8(text) + "\" is not a decimal number");
     };
     text = platform::trimBlanks(text);
