@@ -165,8 +165,6 @@ void Form1::press(const JobButton& job) {
         say(texts::shown(texts::kJobRuns).arg(captionOf(*this, running_->button)));
     } else if (templates_->extracts()) {
         say(texts::shown(texts::kExtractorRuns));
-    } else if (!job.run) {
-        say(texts::shown(texts::kNotBuilt).arg(caption));
     } else {
         run(job, caption);
     }
@@ -208,7 +206,8 @@ void Form1::run(const JobButton& job, const QString& caption) {
 }
 
 void Form1::runJob(const JobButton& job, jobs::JobSummary& summary) {
-    const JobRequest request{fromQt(ui_->TextSource->text()), fromQt(ui_->Text3->text()), options_->options()};
+    const JobRequest request{fromQt(ui_->TextSource->text()), fromQt(ui_->Text3->text()), options_->options(),
+                             [box = ui_->Check3] { return box->isChecked(); }};
     jobs::RunLog runLog(parts_.platform, request.options.logFile);
     host_->begin(findChild<QCheckBox*>(QLatin1String(job.stopBox)), runLog,
                  findChild<QPushButton*>(QLatin1String(job.button)));

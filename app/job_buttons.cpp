@@ -10,6 +10,8 @@
 #include "jobs/forum_fill.h"
 #include "jobs/forum_import.h"
 #include "jobs/multipage_import.h"
+#include "jobs/param_import.h"
+#include "platform/path_map.h"
 
 namespace kelb::app {
 namespace {
@@ -28,6 +30,16 @@ jobs::ArticleImportOptions articleOptions(JobContexts& contexts, const JobReques
         options.dest = chosen->destination;
         options.destTable = chosen->destinationTable;
     }
+    return options;
+}
+
+/// The page files lie in the folder of the source database.
+jobs::ParamImportOptions parameterOptions(const JobRequest& request) {
+    jobs::ParamImportOptions options;
+    options.mode = request.options.productRows ? jobs::LoopMode::Database : jobs::LoopMode::Folder;
+    options.folder = platform::parentFolder(request.source);
+    options.source = request.source;
+    options.saves = request.savesParameters;
     return options;
 }
 
@@ -79,7 +91,12 @@ std::vector<JobButton> jobButtons(JobContexts& contexts) {
                  jobs::mergeFaults({.database = request.source, .table = {}}, context, host, summary);
              });
          }},
-        {"Command5", kStopParameters},
+        {"Command5", kStopParameters, jobs::kParamImportJob,
+         [&contexts](const JobRequest& request, jobs::JobHost& host, jobs::JobSummary& summary) {
+             contexts.run(request.options, [&](jobs::Context& context) {
+                 jobs::importParameters(parameterOptions(request), context, host, summary);
+             });
+         }},
         {"Command3", kNoStop, jobs::kExportUsersJob,
          [&contexts](const JobRequest& request, jobs::JobHost& host, jobs::JobSummary& summary) {
              contexts.run(request.options, [&](jobs::Context& context) {

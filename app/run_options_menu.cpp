@@ -32,7 +32,7 @@ RunOptionsMenu::RunOptionsMenu(QMainWindow& window, LogView& log, UserDialogs& d
     : QObject(&window), window_(window), log_(log), say_(std::move(say)), dialogs_(dialogs), remembered_(remembered),
       given_(given), options_(given), dryRun_(actionOf(window, "ActionDryRun")),
       trash_(actionOf(window, "ActionTrash")), logFile_(actionOf(window, "ActionLogFile")),
-      state_(*new QLabel(&window)) {
+      productRows_(actionOf(window, "ActionProductRows")), state_(*new QLabel(&window)) {
     state_.setObjectName("LabelOptions");
     state_.setTextFormat(Qt::PlainText);
     window.statusBar()->addPermanentWidget(&state_);
@@ -44,6 +44,7 @@ RunOptionsMenu::RunOptionsMenu(QMainWindow& window, LogView& log, UserDialogs& d
         options_.dryRun = on;
         showState();
     });
+    connect(&productRows_, &QAction::toggled, this, [this](bool on) { options_.productRows = on; });
     connect(&trash_, &QAction::triggered, this, &RunOptionsMenu::chooseTrash);
     connect(&logFile_, &QAction::triggered, this, &RunOptionsMenu::chooseLogFile);
     connect(&actionOf(window, "ActionSaveLog"), &QAction::triggered, this, &RunOptionsMenu::saveLog);
@@ -51,7 +52,7 @@ RunOptionsMenu::RunOptionsMenu(QMainWindow& window, LogView& log, UserDialogs& d
 }
 
 void RunOptionsMenu::setEnabled(bool enabled) {
-    for (QAction* action : {&dryRun_, &trash_, &logFile_}) {
+    for (QAction* action : {&dryRun_, &trash_, &logFile_, &productRows_}) {
         action->setEnabled(enabled);
     }
 }

@@ -16,9 +16,9 @@ namespace kelb::app {
 class LogView;
 class UserDialogs;
 
-/// The menu "选项": dry run, trash folder and log file of the runs to come, and what can be done with the log. What is
-/// switched on is shown at the right end of the status line. Trash folder and log file are remembered between starts; a
-/// dry run is not: whoever starts the program expects its jobs to work.
+/// The menu "选项": dry run, trash folder and log file of the runs to come, where the parameter import finds its pages,
+/// and what can be done with the log. What is switched on is shown at the right end of the status line. Trash folder
+/// and log file are remembered between starts; a dry run is not: whoever starts the program expects its jobs to work.
 class RunOptionsMenu final : public QObject {
 public:
     /// `window` holds the actions; `given`: what the settings file says, taken while nothing else was chosen.
@@ -46,6 +46,7 @@ private:
     QAction& dryRun_;
     QAction& trash_;
     QAction& logFile_;
+    QAction& productRows_;
     QLabel& state_;
 };
 

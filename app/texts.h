@@ -37,6 +37,7 @@ inline constexpr ObjectText kCaptions[] = {
     {"ActionDryRun", KELB_TEXT("试运行：什么都不改变(&D)")},
     {"ActionTrash", KELB_TEXT("删除时移到回收文件夹(&T)…")},
     {"ActionLogFile", KELB_TEXT("同时写入日志文件(&L)…")},
+    {"ActionProductRows", KELB_TEXT("提取参数：数据库循环(&R)")},
     {"ActionSaveLog", KELB_TEXT("日志另存为(&A)…")},
     {"ActionClearLog", KELB_TEXT("清空日志(&C)")},
     {"ActionJobs", KELB_TEXT("各项任务说明(&J)")},
@@ -80,6 +81,7 @@ inline constexpr ObjectText kToolTips[] = {
     {"ActionDryRun", KELB_TEXT("任务照常进行并报告，但不改变任何记录和文件。")},
     {"ActionTrash", KELB_TEXT("任务删除的页面文件移到所选文件夹，删除的记录也写在那里，可以恢复。")},
     {"ActionLogFile", KELB_TEXT("把每次任务的日志按时间顺序写入 UTF-8 文本文件。")},
+    {"ActionProductRows", KELB_TEXT("勾选后参数提取按源数据库的记录读取页面；不勾选时遍历源数据库所在的文件夹。")},
     {"ActionSaveLog", KELB_TEXT("把本窗口的全部日志保存为 UTF-8 文本文件。")},
     {"ActionClearLog", KELB_TEXT("清空窗口里的日志；日志文件不变。")},
 };
@@ -125,7 +127,9 @@ inline constexpr JobText kJobs[] = {
      KELB_TEXT("缺少 blnJoined 字段时先添加该字段，完成后程序关闭，请重新开始。此任务不看“停止”框。")},
     {"Command5", KELB_TEXT("产品参数导入"),
      KELB_TEXT("从产品参数页提取型号和十项参数；勾选“保存提取的TV参数”时把新型号加入 wxKnowledge 表。"),
-     KELB_TEXT("已有的型号不会重复加入。用“停止提取”框停止。")},
+     KELB_TEXT("读取源数据库所在文件夹（或 Kelb.ini 的 [Params] shareFolder）中编号子文件夹 0、1、2… 里的页面，"
+               "从上次停下的地方继续；“选项”菜单可改为按源数据库的记录读取。已有的型号不会重复加入。"
+               "结果存入 Kelb.ini 的 [SqlServer] 所指的数据库。用“停止提取”框停止。")},
     {"Command14", KELB_TEXT("参数提取（预留）"), KELB_TEXT("预留的按钮：什么都不做，也不改变任何数据。"),
      KELB_TEXT("没有任务。")},
     {"Command3", KELB_TEXT("用户名导出"),
@@ -144,7 +148,6 @@ inline constexpr char kTabSpare[] = KELB_TEXT("备用");
 
 // The status line.
 inline constexpr char kReady[] = KELB_TEXT("就绪");
-inline constexpr char kNotBuilt[] = KELB_TEXT("“%1”尚未实现。");
 inline constexpr char kJobRuns[] = KELB_TEXT("“%1”正在运行，请等它结束或勾选停止框。");
 inline constexpr char kRunning[] = KELB_TEXT("正在运行：%1");
 inline constexpr char kStopIsTicked[] = KELB_TEXT("停止框已勾选，任务没有处理任何行；请取消勾选后再运行。");

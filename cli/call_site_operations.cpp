@@ -17,7 +17,7 @@ std::vector<CallOperation> specSheetOperations() {
          {"html", "key"},
          {},
          [](CallObjects&, const CallArguments& given) {
-             return answer(ClsSpecSheet::extTable(given.text(0), given.text(1)));
+             return answer(std::u16string(ClsSpecSheet::extTable(given.text(0), given.text(1))));
          }},
         {"ClsSpecSheet.Table2TR",
          {"table"},

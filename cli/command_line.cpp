@@ -96,7 +96,11 @@ int runKelb(int count, const char* const* arguments) {
          {makeDedupeSource, makeDedupeDest, makeFaultMerge, makeExportUsers, makeAddFields, makeUndo}) {
         commands.push_back(make(kelb));
     }
+    commands.push_back(makeParamImport(kelb));
     commands.push_back(makeTemplateExtract(kelb));
+    for (CommandPointer& command : makeCounterCommands(kelb)) {
+        commands.push_back(std::move(command));
+    }
     for (CommandPointer& command : makeDatabaseCommands(kelb)) {
         commands.push_back(std::move(command));
     }

@@ -19,10 +19,14 @@ CommandPointer makeAddFields(CLI::App& kelb);
 CommandPointer makeUndo(CLI::App& kelb);
 CommandPointer makeArticleImport(CLI::App& kelb);
 CommandPointer makeMultipageImport(CLI::App& kelb);
+CommandPointer makeParamImport(CLI::App& kelb);
 CommandPointer makeTemplateExtract(CLI::App& kelb);
 CommandPointer makeCall(CLI::App& kelb);
 CommandPointer makeSegment(CLI::App& kelb);
 CommandPointer makeView(CLI::App& kelb);
+
+/// "counter" and its own commands.
+std::vector<CommandPointer> makeCounterCommands(CLI::App& kelb);
 
 /// "db" and its own commands.
 std::vector<CommandPointer> makeDatabaseCommands(CLI::App& kelb);

@@ -35,59 +35,71 @@ std::u16string cleanValue(std::u16string_view candidate) {
     return std::u16string(platform::trimBlanks(value));
 }
 
-/// What follows the name in the text of a part of a row, cleaned; "" when the name is not there.
-std::u16string valueIn(std::u16string_view part, std::u16string_view name) {
-    const std::u16string stripped = Prog_Copy::CopyRemoveHTML(part);
-    const std::u16string_view text = platform::trimBlanks(stripped);
-    const std::size_t at = text.find(name);
-    return at == text.npos ? std::u16string() : cleanValue(text.substr(at + name.size()));
-}
-
 } // namespace
 
-std::u16string ClsSpecSheet::extTable(std::u16string_view sHtml, std::u16string_view sKey) {
+SpecRows::SpecRows(const std::vector<std::u16string_view>& rows) {
+    const char16_t* before = nullptr;
+    for (const std::u16string_view row : rows) {
+        const std::size_t cut = row.rfind(kHeading);
+        if (row.data() == before || cut == row.npos || !hasTwoCells(row)) {
+            continue;
+        }
+        before = row.data();
+        for (const std::u16string_view part : {row.substr(0, cut), row.substr(cut)}) {
+            parts_.emplace_back(platform::trimBlanks(Prog_Copy::CopyRemoveHTML(part)));
+        }
+    }
+}
+
+std::u16string SpecRows::value(std::u16string_view name) const {
+    for (const std::u16string& part : parts_) {
+        const std::size_t at = part.find(name);
+        if (at != part.npos) {
+            if (std::u16string value = cleanValue(std::u16string_view(part).substr(at + name.size())); !value.empty()) {
+                return value;
+            }
+        }
+    }
+    return {};
+}
+
+std::u16string_view ClsSpecSheet::extTable(std::u16string_view sHtml, std::u16string_view sKey) {
     constexpr std::u16string_view kTable = u"<table";
     const std::size_t key = sHtml.find(sKey);
     std::size_t at = key == sHtml.npos ? key : sHtml.rfind(u'<', key);
     while (at != sHtml.npos && !platform::equalNoCase(sHtml.substr(at, kTable.size()), kTable)) {
         at = at == 0 ? sHtml.npos : sHtml.rfind(u'<', at - 1);
     }
-    return at == sHtml.npos ? std::u16string() : std::u16string(sHtml.substr(at));
+    return at == sHtml.npos ? std::u16string_view() : sHtml.substr(at);
 }
 
-std::int16_t ClsSpecSheet::Table2TR(std::u16string_view sTable, std::vector<std::u16string>& outRows) {
-    outRows.clear();
+std::vector<std::u16string_view> ClsSpecSheet::tableRows(std::u16string_view sTable) {
+    std::vector<std::u16string_view> rows;
     std::u16string_view row;
     std::size_t start = platform::findNoCase(sTable, kRowStart);
     for (int pass = 0; pass < kMostRows && start != sTable.npos; ++pass) {
         const std::size_t end = platform::findNoCase(sTable, kRowEnd, start);
-        if (end != sTable.npos) {
-            row = sTable.substr(start, end + kRowEnd.size() - start);
-            start = platform::findNoCase(sTable, kRowStart, end);
-        } else {
+        if (end == sTable.npos) {
             // Nothing moves the walk on: the row before it is stored again until the rows are full. Kept.
-            outRows.resize(kMostRows, std::u16string(row));
+            rows.resize(kMostRows, row);
             break;
         }
-        outRows.emplace_back(row);
+        row = sTable.substr(start, end + kRowEnd.size() - start);
+        start = platform::findNoCase(sTable, kRowStart, end);
+        rows.push_back(row);
     }
-    outRows.emplace_back();
+    rows.emplace_back();
+    return rows;
+}
+
+std::int16_t ClsSpecSheet::Table2TR(std::u16string_view sTable, std::vector<std::u16string>& outRows) {
+    const std::vector<std::u16string_view> rows = tableRows(sTable);
+    outRows.assign(rows.begin(), rows.end());
     return static_cast<std::int16_t>(outRows.size() - 1);
 }
 
 std::u16string ClsSpecSheet::extSpePara(std::u16string_view sName, const std::vector<std::u16string>& arrRows) {
-    for (const std::u16string_view row : arrRows) {
-        const std::size_t cut = row.rfind(kHeading);
-        if (cut == row.npos || !hasTwoCells(row)) {
-            continue;
-        }
-        for (const std::u16string_view part : {row.substr(0, cut), row.substr(cut)}) {
-            if (std::u16string value = valueIn(part, sName); !value.empty()) {
-                return value;
-            }
-        }
-    }
-    return {};
+    return SpecRows(std::vector<std::u16string_view>(arrRows.begin(), arrRows.end())).value(sName);
 }
 
 std::u16string ClsSpecSheet::extTitle(std::u16string_view sHtml) {

@@ -1,0 +1,71 @@
+#include "jobs/param_import.h"
+
+#include "cli/commands.h"
+#include "cli/job_run.h"
+#include "platform/utf8.h"
+
+namespace kelb::cli {
+namespace {
+
+class ParamImportCommand final : public Command {
+public:
+    explicit ParamImportCommand(CLI::App& kelb)
+        : Command(kelb.add_subcommand(jobs::kParamImportJob,
+                                      "Add model, code and ten parameters of product pages to the table wxKnowledge")) {
+        auto* folder = declared().add_option(
+            "--folder", folder_, "Folder whose sub-folders 0, 1, 2 … hold the page files [[Params] shareFolder]");
+        folder->type_name("DIR");
+        auto* source =
+            declared().add_option("--source", source_, "Crawl database whose rows name the page files, instead");
+        source->type_name("DB")->excludes(folder);
+        declared().add_option("--table", table_, "Its table [[Params] sourceTable]")->type_name("NAME")->needs(source);
+        declared()
+            .add_option("--lan-folder", lanFolder_, "With --source: folder that holds the page files")
+            ->type_name("DIR");
+        declared().add_flag("--save", save_, "Store what is found; without it the job only shows it");
+        auto* server = declared().add_option("--server", server_, "SQL Server that has the database wxDB");
+        server->type_name("HOST");
+        declared()
+            .add_option("--connection", connection_,
+                        "Connection string of any database, or the path of an .mdb file [[SqlServer]]")
+            ->type_name("TEXT")
+            ->excludes(server);
+        declared().footer(
+            "A name that wxKnowledge holds already is not stored again. A walk over a folder goes on where\n"
+            "the last one stood, kept in the folder's CounterResp.txt: see kelb counter. It takes the files\n"
+            "of a sub-folder in the order of their names, 1000 at most, and ends at the first number that\n"
+            "is missing. With --source: the rows whose url holds [Params] portalPath and\n"
+            "/product/…/param.shtml. One run makes 70,000 passes at most.\n"
+            "Example:\n"
+            "  kelb param-import --folder /crawl/products --connection /crawl/knowledge.mdb --save\n"
+            "Common options: see kelb --help.");
+    }
+
+    int run(Program& program) override {
+        return runJob(program, jobs::kParamImportJob, lanFolder_,
+                      [this](jobs::Context& context, jobs::JobHost& host, jobs::JobSummary& summary) {
+                          jobs::ParamImportOptions options;
+                          options.mode = source_.empty() ? jobs::LoopMode::Folder : jobs::LoopMode::Database;
+                          options.folder = platform::fromUtf8(folder_);
+                          options.source = platform::fromUtf8(source_);
+                          options.sourceTable = platform::fromUtf8(table_);
+                          options.sink = {.connection = platform::fromUtf8(connection_),
+                                          .server = platform::fromUtf8(server_)};
+                          options.saves = [this] { return save_; };
+                          jobs::importParameters(options, context, host, summary);
+                      });
+    }
+
+private:
+    std::string folder_, source_, table_, server_, connection_;
+    std::optional<std::string> lanFolder_;
+    bool save_ = false;
+};
+
+} // namespace
+
+CommandPointer makeParamImport(CLI::App& kelb) {
+    return std::make_unique<ParamImportCommand>(kelb);
+}
+
+} // namespace kelb::cli
