@@ -33,7 +33,7 @@ protected:
                               u"</title><table><tr><td>导航</td></tr></table><TABLE class=\"p\">"
                               u"<tr><th>主体参数</th></tr>\r\n";
         for (const auto& [name, value] : parameters) {
-            html += u"<TR><th>颜色</th><td>黑</td><th>" + name + u"</th>\r\n<td> " + value + u" </td></TR>\r\n";
+            html += u"<TR><th>颜色</th><td>黑</td><th>" + name + u"</th><td> " + value + u" </td></TR>\r\n";
         }
         return html + u"</TABLE><!--" + std::u16string(200, u'-') + u"-->";
     }
