@@ -7,6 +7,7 @@
 #include "platform/utf8.h"
 #include "store/ClsIO.h"
 
+#include <algorithm>
 #include <charconv>
 #include <optional>
 #include <string>
@@ -36,11 +37,13 @@ public:
         if (!folder_.ends_with(u'\\')) {
             folder_ += u'\\';
         }
-        if (const auto place = store::readPlace(files_, folder_); place && *place != store::PagePlace()) {
-            host_.warning(u"The walk over " + folder_ + u" goes on in sub-folder " + shown(place->folderNo) +
-                          u", from its first file on; " + shown(place->fileNo) +
+        const store::PagePlace place = store::readPlace(files_, folder_).value_or(store::PagePlace());
+        if (place != store::PagePlace()) {
+            host_.warning(u"The walk over " + folder_ + u" goes on in sub-folder " + shown(place.folderNo) +
+                          u", from its first file on; " + shown(place.fileNo) +
                           u" of its files were read before. To begin anew: kelb counter reset");
         }
+        total_ = callsFrom(place);
     }
 
     State next() override {
@@ -60,6 +63,7 @@ public:
     }
     std::u16string name() const override { return store_.page(); }
     std::u16string url() const override { return noValueUrl_; }
+    std::size_t total() const override { return total_; }
     void keepPlace() override { store_.keepPlace(); }
 
     void finish(JobSummary& summary) override {
@@ -86,6 +90,19 @@ private:
     static std::u16string shown(std::int16_t number) { return platform::number(number); }
     static std::u16string shown(std::size_t count) { return jobs::shown(count); }
 
+    /// How often the store will answer: a sub-folder of less than 1,000 files has one answer more, which ends it.
+    std::size_t callsFrom(store::PagePlace place) {
+        constexpr std::size_t kCallsOfAFolder = 1000;
+        std::size_t calls = 0;
+        for (std::size_t before = static_cast<std::size_t>(place.fileNo),
+                         number = static_cast<std::size_t>(place.folderNo);
+             files_.folderExists(folder_ + jobs::shown(number)); ++number, before = 0) {
+            const std::size_t files = files_.listFiles(folder_ + jobs::shown(number)).size();
+            calls += std::min(files + 1, before < kCallsOfAFolder ? kCallsOfAFolder - before : 1);
+        }
+        return calls;
+    }
+
     /// Files in sub-folders whose number lies behind the one that is missing.
     std::size_t filesBehindTheEnd() {
         std::size_t count = 0;
@@ -105,6 +122,7 @@ private:
     JobHost& host_;
     std::u16string noValueUrl_;
     store::ClsIO store_;
+    std::size_t total_ = 0;
     bool over_ = false;
 };
 

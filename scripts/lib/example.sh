@@ -10,6 +10,9 @@ reftxt varchar(255), content Memo, cid int, sT varchar(255), sC Memo)"
 sT varchar(255), sC Memo, sA Memo, cid int)"
     local printer_table="create table wxPrinter (id int identity(1,1) NOT NULL, url varchar(255), cid int, \
 recTime datetime, sT varchar(255), sC Memo, sA Memo, refimgurl varchar(255))"
+    local knowledge_table
+    knowledge_table="create table wxKnowledge (id int identity(1,1) NOT NULL, url varchar(255), TVCode varchar(255), \
+TVName varchar(255)$(printf ', param%d varchar(255)' 1 2 3 4 5 6 7 8 9 10))"
 
     if [ -e "$out" ] && [ -n "$(ls -A "$out" 2>/dev/null)" ] && ! [ -e "$out/home/Kelb.ini" ]; then
         echo "$out holds other files: name a folder that is empty, not there yet or made by an earlier run" >&2
@@ -20,7 +23,7 @@ recTime datetime, sT varchar(255), sC Memo, sA Memo, refimgurl varchar(255))"
     cp -r examples/home "$out/home"
     mkdir -p "$out/home/TestRec"
     cp -r examples/forum examples/knowledge "$out/crawl/"
-    cp -r examples/articles examples/printers "$out/"
+    cp -r examples/articles examples/printers examples/products "$out/"
     printf '\r\n[Drives]\r\nD=%s\r\n\r\n[Paths]\r\nwxdb=D:\\wxdb.mdb\r\nfillDb=D:\\knowledge.mdb\r\nmultiDb=D:\\printers.mdb\r\n' "$out" \
         >>"$out/home/Kelb.ini"
     export KELB_HOME=$out/home
@@ -34,4 +37,6 @@ recTime datetime, sT varchar(255), sC Memo, sA Memo, refimgurl varchar(255))"
     "$kelb" db exec "$out/wxdb.mdb" "$article_table" >/dev/null
     "$kelb" db create "$out/wxprinter.mdb"
     "$kelb" db exec "$out/wxprinter.mdb" "$printer_table" >/dev/null
+    "$kelb" db create "$out/wxknowledge.mdb"
+    "$kelb" db exec "$out/wxknowledge.mdb" "$knowledge_table" >/dev/null
 }

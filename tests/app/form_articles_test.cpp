@@ -1,11 +1,13 @@
 #include "app/Form1.h"
 #include "app/job_buttons.h"
 #include "app/job_contexts.h"
+#include "platform/text.h"
 #include "tests/app/window_fixture.h"
 #include "tests/jobs/article_fixture.h"
 
 #include <gmock/gmock.h>
 
+#include <QAction>
 #include <QLabel>
 #include <QLineEdit>
 
@@ -31,6 +33,7 @@ protected:
     platform::Platform platform = platformOf(files);
     jobs::Configuration settings = configuration({{u"Articles.site1", u"one.example"},
                                                   {u"Articles.siteAPrefix", u"http://a.example/art"},
+                                                  {u"Params.portalPath", u"http://p.example"},
                                                   {u"SqlServer.wxDBConnection", std::u16string(kDest)}});
     JobContexts contexts{platform, settings};
     Form1 form{{.platform = platform,
@@ -86,6 +89,37 @@ TEST_F(FormArticles, Command13MergesIntoTheDatabaseOfTheSettings) {
     EXPECT_THAT(rows(kDest, u"select url, sT, sC from wxPrinter"),
                 ElementsAre("http://a.example/art/n10.htm|题目|</div>正文"));
     EXPECT_TRUE(log().starts_with(u"Count4multiPage: 1,\r\n共有: 1条记录。\r\n"));
+}
+
+TEST_F(FormArticles, Command5TakesPagesFromTheSourcesFolderOrItsRows) {
+    std::u16string fields = u"url varchar(255), TVCode varchar(255), TVName varchar(255)";
+    for (int i = 1; i <= 10; ++i) {
+        fields += u", param" + platform::number(i) + u" varchar(255)";
+    }
+    execute(kDest, {u"create table wxKnowledge (" + fields + u")"});
+    const auto page = [](const std::string& name) {
+        return "<title>" + name + "</title><table><th>\xD6\xF7\xCC\xE5\xB2\xCE\xCA\xFD</th>" + std::string(200, ' ');
+    };
+    files.writeFile(u"X:\\0\\1.htm", page("first"));
+    files.writeFile(u"X:\\lan\\crawl\\2.htm", page("second"));
+    crawlRows({{u"http://p.example/product/2/param.shtml", u"D:\\crawl\\2.htm"}});
+    click("Command5");
+    EXPECT_THAT(rows(kDest, u"select TVName from wxKnowledge"), IsEmpty()) << "Check3 is not ticked";
+    EXPECT_EQ(files.readFile(u"X:\\CounterResp.txt"), "1,0\r\n");
+
+    files.removeFile(u"X:\\CounterResp.txt");
+    click("Check3");
+    click("Command5");
+    EXPECT_THAT(rows(kDest, u"select url, TVName from wxKnowledge"), ElementsAre("http://none|first"));
+
+    form.findChild<QAction*>("ActionProductRows")->setChecked(true);
+    click("Check1");
+    form.findChild<QLineEdit*>("Text1")->setText("X:\\lan\\");
+    click("Command5");
+    EXPECT_THAT(dialogs.errors, IsEmpty());
+    EXPECT_THAT(rows(kDest, u"select TVName from wxKnowledge"), ElementsAre("first", "second"));
+    ASSERT_EQ(dialogs.messages.size(), 3U);
+    EXPECT_EQ(dialogs.messages[0].text, "完成了参数的提取");
 }
 
 } // namespace

@@ -55,14 +55,6 @@ TEST_F(FormJobs, NothingChosenLeavesTheTrashOff) {
     EXPECT_FALSE(find<QAction>("ActionTrash").isChecked());
 }
 
-TEST_F(FormJobs, AJobNotBuiltIsToldInTheStatusLine) {
-    openWindow({{"Command12", "ChkStopFor"}});
-    click("Command12");
-    EXPECT_TRUE(statusLine().contains("(CMS)入口2(单页)提取内容到wxDB")) << statusLine().toStdString();
-    EXPECT_TRUE(statusLine().contains("尚未实现"));
-    EXPECT_TRUE(dialogs.messages.empty());
-}
-
 TEST_F(FormJobs, ButtonsWithoutAHandlerDoNothing) {
     openWindow({});
     const QString before = statusLine();

@@ -70,6 +70,50 @@ TEST_F(JobCommands, ForumImportPrintsLogBoxAndSummary) {
     EXPECT_EQ(articles(), "{\"url\": \"http://b/thread-101-1-1.html\"}\n");
 }
 
+TEST_F(JobCommands, ParamImportWalksAFolderAndItsCounterCanBeSeenAndReset) {
+    std::string fields = "url varchar(255), TVCode varchar(255), TVName varchar(255)";
+    for (int i = 1; i <= 10; ++i) {
+        fields += ", param" + std::to_string(i) + " varchar(255)";
+    }
+    run({"db", "exec", at("wxdb.mdb"), "create table wxKnowledge (" + fields + ")"});
+    write("shop/0/1.htm", "<title>Alpha(AB123)x</title><table><th>主体参数</th>" + std::string(200, ' '));
+    const std::vector<std::string> words{"param-import", "--folder",     at("shop"),
+                                         "--connection", at("wxdb.mdb"), "--quiet"};
+    const auto show = [&] { return run({"counter", "show", at("shop")}).out; };
+    EXPECT_THAT(show(), HasSubstr("begins with sub-folder 0"));
+    Outcome outcome = run(words);
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_THAT(outcome.out,
+                MatchesRegex("totalRec: 0\n"
+                             "提取到参数，但没有保存\\(保存选项未选择\\)。 sTVName: Alpha, sTVCode1: AB123\n"
+                             "无法识别! [-0-9: ]+\n"
+                             "\\[网页内容提取\\] 完成了参数的提取\n\\{.*\"unreadFiles\": 0.*\\}\n"));
+    EXPECT_THAT(show(), HasSubstr("sub-folder 1 is not there"));
+    EXPECT_EQ(run({"counter", "reset", at("shop")}).status, 0);
+    EXPECT_EQ(run({"counter", "show", at("shop"), "--json"}).out,
+              "{\"counterFile\":true,\"folder\":0,\"file\":0,\"filesInFolder\":1,\"over\":false}\n");
+
+    outcome = run({"param-import", "--folder", at("shop"), "--connection", at("wxdb.mdb"), "--save", "--dry-run"});
+    EXPECT_THAT(outcome.out, HasSubstr("提取到参数，已保存。"));
+    EXPECT_EQ(read("shop/CounterResp.txt"), "0,0\r\n") << "a dry run leaves the place, too";
+    EXPECT_EQ(run({"db", "query", at("wxdb.mdb"), "select * from wxKnowledge"}).out, "");
+
+    write("home/Kelb.ini", "[Params]\r\nportalPath=http://p\r\n");
+    run({"db", "import", at("Comb.mdb"), "bbsforum"},
+        R"({"url": "http://p/product/1/param.shtml", "content": "D:\\0\\1.htm"})");
+    outcome = run({"param-import", "--source", at("Comb.mdb"), "--table", "bbsforum", "--lan-folder", at("shop"),
+                   "--save", "--connection", at("wxdb.mdb")});
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_THAT(run({"db", "query", at("wxdb.mdb"), "select url, TVName from wxKnowledge"}).out,
+                HasSubstr("http://p/product/1/param.shtml"));
+
+    EXPECT_EQ(run({"param-import", "--folder", "x", "--source", "y"}).status, 2);
+    EXPECT_EQ(run({"param-import"}).status, 2) << "no folder is known";
+    EXPECT_EQ(run({"counter", "show", at("nowhere")}).status, 1);
+    write("shop/CounterResp.txt", "x");
+    EXPECT_EQ(run({"counter", "show", at("shop")}).status, 1);
+}
+
 TEST_F(JobCommands, TheSettingsNameDatabasesAndDrives) {
     crawl(1);
     write("home/Kelb.ini", "[Setup]\r\nadultFolder=Q:\\\r\n[Drives]\r\nQ=" + at("") + "\r\nZ=" + at("lan") +
