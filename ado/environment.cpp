@@ -4,6 +4,7 @@
 #include "ado/jet_provider.h"
 #include "ado/odbc_provider.h"
 #include "ado/shared_database.h"
+#include "ado/sheet_provider.h"
 
 #include "platform/utf8.h"
 
@@ -47,6 +48,7 @@ struct Loan {
 Environment::Environment(platform::Platform& platform, Options options) : platform_(platform), options_(options) {
     add(std::make_unique<OdbcProvider>());
     add(std::make_unique<JetProvider>());
+    add(std::make_unique<SheetProvider>()); // before ODBC, which takes every Driver=
 }
 
 Environment::~Environment() = default;

@@ -2,6 +2,8 @@
 
 #include "ado/provider.h"
 
+#include <optional>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -32,5 +34,11 @@ private:
     std::vector<std::vector<Value>> rows_;
     std::size_t current_ = 0;
 };
+
+/// The answer to SELECT COUNT(*): one row, or none with TOP 0. `name` "" when none was written.
+[[nodiscard]] std::unique_ptr<RowSet> countRowSet(std::u16string_view name, std::size_t count,
+                                                  std::optional<std::size_t> top);
+/// Rows of TABLE_NAME and TABLE_TYPE.
+[[nodiscard]] std::unique_ptr<RowSet> tableRowSet(std::vector<std::vector<Value>> rows);
 
 } // namespace kelb::ado

@@ -12,8 +12,6 @@ namespace kelb::ado {
 
 namespace {
 
-constexpr std::size_t kNameCharacters = 64;
-
 /// "" for objects that are no tables.
 std::u16string_view tableTypeOf(const jet::CatalogEntry& entry) noexcept {
     constexpr int kTable = 1, kOdbcLink = 4, kQuery = 5, kLink = 6;
@@ -28,15 +26,6 @@ std::u16string_view tableTypeOf(const jet::CatalogEntry& entry) noexcept {
     default:
         return u"";
     }
-}
-
-FieldInfo nameField(std::u16string_view name) {
-    FieldInfo field;
-    field.name = name;
-    field.type = FieldType::Text;
-    field.size = kNameCharacters;
-    field.writable = false;
-    return field;
 }
 
 } // namespace
@@ -55,8 +44,7 @@ std::unique_ptr<RowSet> tablesOf(const jet::Database& database) {
     for (const auto& [name, type] : tables) {
         rows.push_back({Value(name), Value(std::u16string(type))});
     }
-    return std::make_unique<FixedRowSet>(std::vector{nameField(u"TABLE_NAME"), nameField(u"TABLE_TYPE")},
-                                         std::move(rows));
+    return tableRowSet(std::move(rows));
 }
 
 } // namespace kelb::ado

@@ -42,7 +42,7 @@ BoundSelect bindSelect(SharedDatabase& database, const SelectStatement& select) 
     for (const SelectStatement::Item& item : select.items) {
         if (item.count) {
             bound.count = true;
-            bound.countName = item.as.empty() ? u"Expr1000" : item.as; // the name that users of the provider know
+            bound.countName = item.as;
         } else if (item.column.name.empty()) {
             requireTable(item.column, scope);
             selectAll(definition, bound.columns);
@@ -64,16 +64,7 @@ BoundSelect bindSelect(SharedDatabase& database, const SelectStatement& select) 
 std::unique_ptr<RowSet> openSelect(const std::shared_ptr<SharedDatabase>& database, const SelectStatement& select) {
     const BoundSelect bound = bindSelect(*database, select);
     if (bound.count) {
-        const std::size_t count = countRows(*database, *bound.table, bound.query().where);
-        FieldInfo field;
-        field.name = bound.countName;
-        field.type = FieldType::Long;
-        field.writable = false;
-        std::vector<std::vector<Value>> rows;
-        if (bound.top != 0) {
-            rows.push_back({Value(static_cast<std::int32_t>(count))});
-        }
-        return std::make_unique<FixedRowSet>(std::vector{std::move(field)}, std::move(rows));
+        return countRowSet(bound.countName, countRows(*database, *bound.table, bound.query().where), bound.top);
     }
     if (bound.takesAllRows()) {
         return std::make_unique<JetRowSet>(database, *bound.table, bound.columns);

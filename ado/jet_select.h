@@ -15,7 +15,7 @@ namespace kelb::ado {
 struct BoundSelect {
     jet::Table* table = nullptr;
     bool count = false;
-    std::u16string countName;            ///< name of COUNT(*)'s field
+    std::u16string countName;            ///< name of COUNT(*)'s field, "" when none was written
     std::vector<SelectedColumn> columns; ///< "*" in display order
     std::optional<BoundExpression> where;
     std::vector<OrderKey> order;

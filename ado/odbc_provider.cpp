@@ -27,13 +27,6 @@ bool isRowChange(std::u16string_view statement) {
     return std::any_of(kWords.begin(), kWords.end(), [&](auto word) { return beginsWith(statement, word); });
 }
 
-FieldInfo nameField(std::u16string_view name) {
-    FieldInfo field;
-    field.name = name;
-    field.writable = false;
-    return field;
-}
-
 class OdbcSession final : public Session {
 public:
     explicit OdbcSession(std::shared_ptr<OdbcConnection> connection) : connection_(std::move(connection)) {}
@@ -103,8 +96,7 @@ std::unique_ptr<RowSet> OdbcSession::tables() {
     std::stable_sort(rows.begin(), rows.end(), [](const auto& a, const auto& b) {
         return platform::compareNoCase(toText(a[0]), toText(b[0])) < 0;
     });
-    return std::make_unique<FixedRowSet>(std::vector{nameField(u"TABLE_NAME"), nameField(u"TABLE_TYPE")},
-                                         std::move(rows));
+    return tableRowSet(std::move(rows));
 }
 
 } // namespace

@@ -20,6 +20,7 @@
 namespace kelb::ado {
 
 enum class CursorType { ForwardOnly = 0, Keyset = 1, Dynamic = 2, Static = 3 };
+enum class CursorLocation { Server = 2, Client = 3 };
 enum class LockType { ReadOnly = 1, Pessimistic = 2, Optimistic = 3, BatchOptimistic = 4 };
 enum class ObjectState { Closed = 0, Open = 1 };
 

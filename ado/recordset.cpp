@@ -194,6 +194,10 @@ Recordset::Impl& Recordset::open() const {
     return *impl_;
 }
 
+void Recordset::Open(std::u16string_view source, Connection& connection) {
+    Open(source, connection, cursorType, lockType);
+}
+
 void Recordset::Open(std::u16string_view source, Connection& connection, CursorType cursor, LockType lock) {
     if (impl_ != nullptr) {
         throw Error(Error::Kind::Refused, open().shown() + " is open already; close it first");
@@ -203,6 +207,8 @@ void Recordset::Open(std::u16string_view source, Connection& connection, CursorT
     session.setCommandTimeout(connection.CommandTimeout);
     attach(session.open(statement, cursor, lock), lock != LockType::ReadOnly);
     impl_->source = statement;
+    cursorType = cursor;
+    lockType = lock;
 }
 
 void Recordset::attach(std::unique_ptr<RowSet> rows, bool updatable) {

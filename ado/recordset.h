@@ -24,8 +24,15 @@ public:
     Recordset(Recordset&&) noexcept;
     Recordset& operator=(Recordset&&) noexcept;
 
+    /// What Open takes where it is told nothing else; afterwards what it took. Where rows are kept is each provider's
+    /// own choice: all of them show what a client-side cursor promises.
+    CursorLocation cursorLocation = CursorLocation::Server;
+    CursorType cursorType = CursorType::ForwardOnly;
+    LockType lockType = LockType::ReadOnly;
+
     /// `source`: a SELECT, or a bare table name. The first row is current. For ReadOnly locks changes are refused.
-    void Open(std::u16string_view source, Connection& connection, CursorType cursor = CursorType::ForwardOnly,
+    void Open(std::u16string_view source, Connection& connection);
+    void Open(std::u16string_view source, Connection& connection, CursorType cursor,
               LockType lock = LockType::ReadOnly);
     ObjectState State() const noexcept;
     void Close(); ///< does nothing when closed

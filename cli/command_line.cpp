@@ -106,6 +106,7 @@ int runKelb(int count, const char* const* arguments) {
     }
     commands.push_back(makeCall(kelb));
     commands.push_back(makeSegment(kelb));
+    commands.push_back(makeSheet(kelb));
     commands.push_back(makeView(kelb));
     try {
         kelb.parse(count, arguments);

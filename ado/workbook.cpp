@@ -1,0 +1,139 @@
+#include "ado/workbook.h"
+
+#include "ado/compound_file.h"
+#include "ado/error.h"
+#include "ado/freexl_reader.h"
+#include "ado/workbook_stream.h"
+
+#include "platform/isolated_run.h"
+#include "platform/utf8.h"
+
+#include <algorithm>
+#include <cctype>
+#include <span>
+
+namespace kelb::ado {
+
+namespace {
+
+constexpr std::size_t kLargestFile = std::size_t{256} << 20; ///< bytes
+
+[[noreturn]] void throwUnreadable(Error::Kind kind, const std::string& reason) {
+    throw Error(kind, reason);
+}
+
+/// Files that are no .xls often bear that name all the same.
+std::string_view contentOf(std::string_view bytes) {
+    std::string front(bytes.substr(0, 512));
+    std::transform(front.begin(), front.end(), front.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    const auto holds = [&](std::string_view mark) { return front.find(mark) != front.npos; };
+    if (front.starts_with("pk")) {
+        return "an .xlsx file or another archive";
+    }
+    if (holds("<html") || holds("<table") || holds("<!doctype")) {
+        return "a page of HTML";
+    }
+    if (holds("<?xml")) {
+        return "an XML file";
+    }
+    const bool older = front.size() > 2 && front[0] == '\x09' && (front[1] == 0 || front[1] == 2 || front[1] == 4);
+    return older ? "a sheet of Excel 4 or earlier" : "something else";
+}
+
+[[noreturn]] void throwNoWorkbook(std::string_view bytes) {
+    throwUnreadable(Error::Kind::Connection, bytes.empty() ? "the file is empty"
+                                                           : "it is no .xls file but " + std::string(contentOf(bytes)) +
+                                                                 "; save it as \"Excel 97-2003 workbook\" (.xls)");
+}
+
+std::vector<std::byte> workbookStream(std::span<const std::byte> bytes) {
+    const CompoundFile container(bytes);
+    for (const std::u16string_view name : {u"Workbook", u"Book"}) {
+        if (container.has(name)) {
+            return container.read(name);
+        }
+    }
+    if (container.has(u"EncryptedPackage")) {
+        throwUnreadable(Error::Kind::Connection,
+                        "it is an .xlsx file protected with a password; save it without one as "
+                        "\"Excel 97-2003 workbook\" (.xls)");
+    }
+    throwUnreadable(Error::Kind::Connection, "it is a file of another program of Microsoft's and holds no workbook");
+}
+
+[[noreturn]] void throwEnd(const platform::IsolatedEnd& end, const platform::IsolationLimits& limits) {
+    using Kind = platform::IsolatedEnd::Kind;
+    switch (end.kind) {
+    case Kind::Signal:
+        throwUnreadable(Error::Kind::Damaged,
+                        "the file is damaged: the reader of spreadsheets ended by signal " + std::to_string(end.code));
+    case Kind::OutOfTime:
+        throwUnreadable(Error::Kind::Damaged,
+                        "the file is damaged or too large: the reader of spreadsheets was stopped "
+                        "after " +
+                            std::to_string(static_cast<int>(limits.seconds)) + " seconds");
+    case Kind::TooMuchOutput:
+        throwUnreadable(Error::Kind::Refused,
+                        "its cells are too many: more than " + std::to_string(limits.output >> 20) + " MB of values");
+    default:
+        throwUnreadable(Error::Kind::Damaged, "the file is damaged: the reader of spreadsheets ended with status " +
+                                                  std::to_string(end.code));
+    }
+}
+
+std::string listed(const std::vector<std::u16string>& names) {
+    std::string text;
+    for (const std::u16string& name : names) {
+        text += (text.empty() ? "\"" : ", \"") + platform::toUtf8(name) + "\"";
+    }
+    return text;
+}
+
+} // namespace
+
+Workbook::Workbook(platform::FileSystem& files, std::u16string_view path) {
+    if (!files.fileExists(path)) {
+        throwUnreadable(Error::Kind::Connection, "there is no such file");
+    }
+    const std::string bytes = files.readFront(path, kLargestFile + 1);
+    if (bytes.size() > kLargestFile) {
+        throwUnreadable(Error::Kind::Refused, "the file is larger than " + std::to_string(kLargestFile >> 20) + " MB");
+    }
+    const auto content = std::as_bytes(std::span(bytes.data(), bytes.size()));
+    if (!CompoundFile::isOne(content)) {
+        throwNoWorkbook(bytes);
+    }
+    file_ = makeCompoundFile(u"Workbook", makeReadable(workbookStream(content)));
+}
+
+SheetCells Workbook::read(std::optional<std::u16string_view> sheet) const {
+    const platform::IsolationLimits limits;
+    platform::IsolatedEnd end =
+        platform::runIsolated(file_, limits, [sheet](const char* path, platform::IsolatedOutput& output) {
+            SheetSender sender([&output](std::string_view bytes) { output.write(bytes); });
+            sendWorkbook(path, sheet, sender);
+        });
+    if (end.kind != platform::IsolatedEnd::Kind::Done) {
+        throwEnd(end, limits);
+    }
+    std::optional<SheetCells> cells = SheetCells::receive(std::move(end.output));
+    if (!cells) {
+        throwUnreadable(Error::Kind::Damaged, "the file is damaged: the reader of spreadsheets returned no rows");
+    }
+    if (const auto failure = cells->failure()) {
+        throwUnreadable(Error::Kind::Damaged, std::string(meaningOf(*failure)));
+    }
+    return std::move(*cells);
+}
+
+SheetCells Workbook::sheet(std::u16string_view name) const {
+    SheetCells cells = read(name);
+    if (!cells.hasSheet()) {
+        throwUnreadable(Error::Kind::NoSuchTable, "there is no sheet \"" + platform::toUtf8(name) + "\" in it, only " +
+                                                      listed(cells.sheetNames()) + "; name one of these, or rename it");
+    }
+    return cells;
+}
+
+} // namespace kelb::ado
