@@ -186,7 +186,7 @@ std::vector<std::byte> CompoundFile::read(std::u16string_view stream) const {
         if (root == entries_.end()) {
             damaged("it has no root entry");
         }
-        const std::vector<std::byte> pieces = join(root->start, "its short sectors");
+        const std::vector<std::byte> pieces = join(root->start, "its store of short sectors");
         for (const std::uint32_t number : chain(wanted->start, shortTable_, what)) {
             const std::size_t begin = std::size_t{number} * kShortSector;
             if (begin + kShortSector > pieces.size()) {

@@ -90,6 +90,16 @@ SheetTable::SheetTable(std::u16string_view name, SheetCells cells) : name_(name)
     }
 }
 
+void SheetTable::readRow(std::size_t row, std::vector<Value>& values) const {
+    cells_.readRow(row + 1, values);
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        const auto* whole = std::get_if<std::int32_t>(&values[i]);
+        if (whole != nullptr && fields_[i].type == FieldType::Double) {
+            values[i] = static_cast<double>(*whole);
+        }
+    }
+}
+
 SheetRowSet::SheetRowSet(std::shared_ptr<const SheetTable> table, std::vector<FieldInfo> fields,
                          std::vector<std::size_t> columns, std::vector<std::size_t> members)
     : table_(std::move(table)), fields_(std::move(fields)), columns_(std::move(columns)), members_(std::move(members)) {

@@ -21,8 +21,8 @@ public:
     /// DateTime, else Text, or Memo where one is longer than 255 characters.
     const std::vector<FieldInfo>& fields() const noexcept { return fields_; }
     std::size_t rowCount() const noexcept { return cells_.rowCount() == 0 ? 0 : cells_.rowCount() - 1; }
-    /// Values as their cells have them, whatever the column's type.
-    void readRow(std::size_t row, std::vector<Value>& values) const { cells_.readRow(row + 1, values); }
+    /// Values as their cells have them, also in a column of texts; but whole numbers of a Double column are Double.
+    void readRow(std::size_t row, std::vector<Value>& values) const;
 
 private:
     std::u16string name_;

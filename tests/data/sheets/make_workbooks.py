@@ -82,7 +82,7 @@ save("formulas.xls", {"Sheet1": [
     ["last", 1],
 ]})
 save("errors.xls", {"Sheet1": [["a", "b"], ["x", Raw(record(0x0205, struct.pack("<HHHBB", 1, 1, 15, 42, 1)))]]})
-save("many.xls", {"Sheet1": [["no", "text", "quarter"]] + [[i, "行%d" % i, i / 4] for i in range(1, 5001)]})
+save("many.xls", {"Sheet1": [["nr", "text", "quarter"]] + [[i, "行%d" % i, i / 4] for i in range(1, 5001)]})
 save("lower.xls", {"Sheet1": [[], [], [None, "name"], [None, "a"], [], [None, "b"]]})
 save("empty.xls", {"Sheet1": []})
 save("head.xls", {"Sheet1": [["only", "names"]]})
