@@ -4,6 +4,7 @@
 #include "platform/letter_case.h"
 #include "platform/utf8.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <freexl.h>
@@ -12,7 +13,8 @@ namespace kelb::ado {
 
 namespace {
 
-constexpr int kNoSheets = 1; ///< beside the library's own codes, which are 0 and less
+constexpr unsigned int kMostSheets = 65'535; ///< the library numbers them so
+constexpr int kNoSheets = 1;                 ///< beside the library's own codes, which are 0 and less
 
 /// The day behind the library's text. It counts days in a calendar where every fourth year is a leap year, 1900 and
 /// 2100 among them, so its texts are wrong from 2100-02-29 on and right again as numbers.
@@ -103,7 +105,8 @@ int sendSheets(const void* workbook, std::optional<std::u16string_view> wanted, 
         return kNoSheets;
     }
     std::optional<unsigned short> found;
-    for (unsigned short i = 0; i < sheets; ++i) {
+    for (unsigned int at = 0; at < std::min(sheets, kMostSheets); ++at) {
+        const auto i = static_cast<unsigned short>(at);
         const char* name = nullptr;
         if (const int code = freexl_get_worksheet_name(workbook, i, &name); code != FREEXL_OK || name == nullptr) {
             return code != FREEXL_OK ? code : kNoSheets;

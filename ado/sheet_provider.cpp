@@ -54,6 +54,7 @@ public:
             std::stable_sort(names.begin(), names.end(),
                              [](const auto& a, const auto& b) { return platform::compareNoCase(a, b) < 0; });
             std::vector<std::vector<Value>> rows;
+            rows.reserve(names.size());
             for (const std::u16string& name : names) {
                 rows.push_back({Value(name + u"$"), Value(std::u16string(u"TABLE"))});
             }

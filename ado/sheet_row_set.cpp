@@ -80,7 +80,7 @@ SheetTable::SheetTable(std::u16string_view name, SheetCells cells) : name_(name)
     for (std::size_t i = 0; i < first.size(); ++i) {
         std::u16string field = writtenName(first[i]);
         if (field.empty()) {
-            field = uniqueName(u"F" + platform::number(static_cast<long long>(i + 1)), taken);
+            field = uniqueName(u"F" + platform::number(static_cast<long long>(i) + 1), taken);
         } else if (given.contains(field)) {
             field = uniqueName(field, taken);
         }

@@ -37,7 +37,7 @@ constexpr std::size_t kLongestRecord = 8224; ///< bytes: the library has room fo
 constexpr std::uint16_t kExcel5 = 0x0500, kExcel97 = 0x0600;
 constexpr std::uint16_t kCells = 0x0010; ///< what a record Begin says of a sheet with cells
 constexpr std::uint32_t kColumns = 256;
-constexpr std::uint64_t kMostCells = 48 * 1024 * 1024; ///< of all sheets, 16 bytes each in the library
+constexpr std::uint64_t kMostCells = 50'000'000; ///< of all sheets, 16 bytes each in the library
 
 /// Bytes that the library takes from records without asking how many there are.
 struct LeastSize {

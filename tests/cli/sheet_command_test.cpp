@@ -21,7 +21,7 @@ TEST_F(SheetCommandTest, PrintsRowsInThreeForms) {
     write("other.xls", workbooks().bytes("other.xls"));
     const std::vector<std::string> base{"sheet", at("other.xls"), "--sheet", "资料"};
     for (const auto& [format, expected] : std::vector<std::pair<std::string, std::string>>{
-             {"", "{\"a\":1}\n"}, {"jsonl", "{\"a\":1}\n"}, {"csv", "a\r\n1\r\n"}, {"table", "a\n-\n1\n(1 row)\n"}}) {
+             {"", "{\"a\": 1}\n"}, {"jsonl", "{\"a\": 1}\n"}, {"csv", "a\r\n1\r\n"}, {"table", "a\n-\n1\n(1 row)\n"}}) {
         std::vector<std::string> words = base;
         if (!format.empty()) {
             words.insert(words.end(), {"--format", format});
@@ -36,7 +36,7 @@ TEST_F(SheetCommandTest, FindsWorkbooksByThePathsOfTheCrawl) {
     write("home/Kelb.ini", "[Drives]\r\nD=" + at("") + "\r\n");
     const Outcome outcome = run({"sheet", "D:\\FORMULAS.XLS"});
     EXPECT_EQ(outcome.status, 0) << outcome.err;
-    EXPECT_THAT(outcome.out, HasSubstr("{\"what\":\"number\",\"result\":2.5}\n"));
+    EXPECT_THAT(outcome.out, HasSubstr("{\"what\": \"number\", \"result\": 2.5}\n"));
 }
 
 TEST_F(SheetCommandTest, EndsWithAStatusThatTellsWhoseFaultItIs) {
