@@ -66,7 +66,7 @@ public:
 
     void run() {
         checkFreeMap();
-        longValues_.readPages();
+        longValues_.claimPages();
         for (const PageNumber page : data_.pages)
             checkPage(page);
         targets_.forEach([&](RowId row) {

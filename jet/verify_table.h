@@ -16,31 +16,33 @@
 /// The parts of checkTable(), each for one table.
 namespace kelb::jet {
 
-/// Long values: every row of a long-value page belongs to exactly one value of its column.
+/// Long values: every row of a long-value page belongs to exactly one value of its column. A page is examined when the
+/// first value leads to it, while it is in the cache, so that the check reads the file once.
 class LongValueCheck {
 public:
     LongValueCheck(Verification& verification, const TableDefinition& table);
-    /// Claims the pages of all long-value columns and checks them.
-    void readPages();
+    /// Claims the pages of all long-value columns.
+    void claimPages();
     /// Follows one value. False, with a fault, when it cannot be read.
     bool use(const Column& column, std::span<const std::byte> field, RowId row);
-    /// Reports long-value rows that no value led to.
+    /// Examines the pages that no value led to, and reports long-value rows that none led to.
     void finish();
 
 private:
     struct ColumnPages {
         ColumnPages(const Verification& verification, std::uint16_t number, std::string label, PageGroup group)
-            : column(number), name(std::move(label)), pages(std::move(group)), unused(verification, pages) {}
+            : column(number), name(std::move(label)), pages(std::move(group)), examined(pages.pages.size()),
+              unused(verification, pages) {}
         std::uint16_t column;
         std::string name;
         PageGroup pages;
-        RowSet unused; ///< live rows that no value has led to yet
+        std::vector<bool> examined; ///< by ordinal of the page
+        RowSet unused;              ///< live rows of examined pages that no value has led to yet
     };
-    void readColumn(ColumnPages& column);
+    void examine(ColumnPages& column, const PageRef& page);
     void checkFreeMap(const ColumnPages& column, RowId freeMap);
     ColumnPages* pagesOf(const Column& column);
-    bool useRow(ColumnPages& pages, RowId longRow, RowId row, const std::string& what, PageRef& page,
-                std::span<const std::byte>& bytes);
+    bool useRow(ColumnPages& pages, RowId longRow, RowId row, PageRef& page, std::span<const std::byte>& bytes);
 
     Verification& v_;
     const TableDefinition& table_;

@@ -99,7 +99,9 @@ void ClsIO::listNames(const std::u16string& subFolder) {
         if (name.find(u'|') == name.npos) {
             fileNames_.push_back(std::move(name));
         } else if (onUnusableName) {
-            onUnusableName(subFolder + u"\\" + name);
+            std::u16string path = subFolder;
+            path.append(u"\\").append(name);
+            onUnusableName(path);
         }
     }
 }
