@@ -11,6 +11,7 @@ namespace {
 
 constexpr std::size_t kPointerBytes = 4;
 constexpr std::size_t kWorthOffering = 256; ///< free bytes with which a page goes back into the free map
+constexpr std::size_t kSlotBytes = 2;       ///< with fewer of them free a page leaves the free map at once
 
 bool isDataPage(const PageRef& page) noexcept {
     return load8(page.data()) == 1;
@@ -96,9 +97,8 @@ bool RowStore::placeAt(RowId wanted, std::span<const std::byte> row) {
     DataPageEditor page(*pager_, pager_->edit(wanted.page));
     const std::size_t slots = page.slotCount();
     if (wanted.slot < slots) {
-        return page.kind(wanted.slot) == SlotKind::Deleted && page.replace(wanted.slot, SlotKind::Row, row);
+        return page.kind(wanted.slot) == SlotKind::Deleted && replaceAt(wanted, SlotKind::Row, row);
     }
-    constexpr std::size_t kSlotBytes = 2;
     if (page.freeBytes() < row.size() + kSlotBytes * (wanted.slot + 1 - slots)) {
         return false;
     }
@@ -106,14 +106,17 @@ bool RowStore::placeAt(RowId wanted, std::span<const std::byte> row) {
         page.add(SlotKind::Deleted, {});
     }
     page.add(SlotKind::Row, row);
+    withdrawFull(page);
     return true;
 }
 
 RowId RowStore::place(SlotKind kind, std::span<const std::byte> row) {
     const std::optional<PageNumber> found = allocator_->pageWithRoom(freeMap_, raw(table_), row.size());
-    PageEdit page = found ? pager_->edit(*found) : allocator_->newDataPage(ownedMap_, freeMap_, raw(table_));
-    const PageNumber number = page.number();
-    return {number, DataPageEditor(*pager_, std::move(page)).add(kind, row)};
+    DataPageEditor page(*pager_,
+                        found ? pager_->edit(*found) : allocator_->newDataPage(ownedMap_, freeMap_, raw(table_)));
+    const RowId placed{page.number(), page.add(kind, row)};
+    withdrawFull(page);
+    return placed;
 }
 
 void RowStore::replace(const Record& record, std::span<const std::byte> row) {
@@ -142,6 +145,7 @@ bool RowStore::replaceAt(RowId slot, SlotKind kind, std::span<const std::byte> r
         return false;
     }
     offerSpace(page);
+    withdrawFull(page);
     return true;
 }
 
@@ -168,6 +172,12 @@ void RowStore::eraseSlot(RowId slot) {
 void RowStore::offerSpace(const DataPageEditor& page) {
     if (page.freeBytes() >= kWorthOffering && page.slotCount() < kMaxSlots) {
         UsageMap(*pager_, freeMap_).add(page.number(), *allocator_);
+    }
+}
+
+void RowStore::withdrawFull(const DataPageEditor& page) {
+    if (page.freeBytes() < kSlotBytes) {
+        UsageMap(*pager_, freeMap_).remove(page.number());
     }
 }
 

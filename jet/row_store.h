@@ -53,6 +53,7 @@ private:
     bool replaceAt(RowId slot, SlotKind kind, std::span<const std::byte> row);
     void eraseSlot(RowId slot);
     void offerSpace(const DataPageEditor& page);
+    void withdrawFull(const DataPageEditor& page);
 
     Pager* pager_;
     PageAllocator* allocator_;

@@ -343,6 +343,26 @@ TEST_F(ChangedTable, TheFirstVariableColumnRewritesTheRows) {
         ASSERT_EQ(valueOf(fixed, ids[static_cast<std::size_t>(i)], u"a"), Value(i));
 }
 
+/// Such a page must not stay among those with room, whether an added row or a changed one fills it.
+TEST(FullPage, FilledToTheLastByteIsSound) {
+    for (std::size_t i = 0; i < 60; ++i) {
+        Machine machine;
+        const auto database = machine.create();
+        Table& table = database->createTable(
+            {.name = u"t",
+             .columns = {{.name = u"a", .type = ColumnType::Binary}, {.name = u"b", .type = ColumnType::Binary}},
+             .indexes = {}});
+        for (int rows = 0; rows < 7; ++rows) // of 523 bytes each, which leaves 421 of a page's 4082
+            insertRow(table, {Binary(255, std::byte{1}), Binary(255, std::byte{2})});
+        const std::size_t added = i % 2 == 0 ? 200 : 100;
+        const RowId id = insertRow(table, {Binary(added, std::byte{3}), Binary(193 + i / 2, std::byte{4})});
+        const Change changes[] = {{0, Binary(200, std::byte{5})}};
+        if (added != 200)
+            table.update(id, changes);
+        EXPECT_EQ(faultsOf(*database), "") << i;
+    }
+}
+
 TEST_F(ChangedTable, RefusedAdditionsLeaveTheTableAsItWas) {
     EXPECT_THAT(refusal([&] { database->addColumn(u"wxAll", {.name = u"URL"}); }, Kind::AlreadyExists),
                 HasSubstr("URL"));
