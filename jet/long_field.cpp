@@ -86,8 +86,11 @@ void LongFields::moveOutside(Field& field) {
         field.buffer.assign(stored.begin(), stored.end());
     }
     field.outside = field.buffer;
-    field.field.clear();
     field.isInside = false;
+    field.field.clear();
+    if (field.outside.empty()) { // a mark of compression and nothing behind it
+        field.field = insideField({});
+    }
 }
 
 void LongFields::fit(std::size_t otherBytes) {
@@ -115,7 +118,7 @@ void LongFields::store(Pager& pager, PageAllocator& allocator, std::span<StoredF
     for (Field& field : fields_) {
         StoredField& stored = fields[field.column];
         stored.set = true;
-        if (!field.field.empty()) {
+        if (field.outside.empty()) { // in a damaged row even a field that is carried over may be empty
             stored.bytes = std::move(field.field);
             continue;
         }
