@@ -61,6 +61,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     machine.files.writeFile(u"/app/userNames.txt", "one\r\ntwo\r\n");
     cli::CallObjects objects(machine.platform);
     for (const cli::CallOperation& operation : cli::callOperations()) {
+        if (operation.name == "list") // looks at no text
+            continue;
         const cli::Json values = fuzz::valuesFor(operation, texts);
         try {
             operation.run(objects, cli::CallArguments(values, operation.arguments));
