@@ -137,8 +137,7 @@ void sendWorkbook(const char* path, std::optional<std::u16string_view> sheet, Sh
 std::string_view meaningOf(std::int32_t failure) noexcept {
     switch (failure) {
     case kNoSheets:
-        return "it holds no sheet that can be read: a cell with more than about 16,000 characters does that, and so "
-               "does damage";
+        return "the file is damaged: it holds no sheet that can be read";
     case FREEXL_INSUFFICIENT_MEMORY:
         return "it needs more memory than a workbook may";
     case FREEXL_BIFF_INVALID_BOF:

@@ -196,12 +196,17 @@ private:
         case tag::kDate:
             return std::isfinite(item.real) && takeValue(kDate, 0);
         case tag::kText:
-            return takeValue(kText, unitsOf(item.text));
+            return takeText(item.text);
         case tag::kRowEnd:
             return endRow();
         default:
             return false;
         }
+    }
+
+    bool takeText(std::string_view text) {
+        const std::u16string* const kept = cells_.longTexts_->find(text);
+        return takeValue(kText, kept != nullptr ? kept->size() : unitsOf(text));
     }
 
     bool takeValue(Kind kind, std::size_t characters) {
@@ -245,9 +250,10 @@ private:
     bool hasValue_ = false;
 };
 
-std::optional<SheetCells> SheetCells::receive(std::string bytes) {
+std::optional<SheetCells> SheetCells::receive(std::string bytes, std::shared_ptr<const LongTexts> longTexts) {
     SheetCells cells;
     cells.bytes_ = std::move(bytes);
+    cells.longTexts_ = std::move(longTexts);
     if (!Receiver(cells, cells.bytes_).run()) {
         return std::nullopt;
     }
@@ -272,9 +278,11 @@ void SheetCells::readRow(std::size_t row, std::vector<Value>& cells) const {
         case tag::kDate:
             cells[column++] = OleDate{item.real};
             break;
-        default:
-            cells[column++] = platform::fromUtf8(item.text);
+        default: {
+            const std::u16string* const kept = longTexts_->find(item.text);
+            cells[column++] = kept != nullptr ? *kept : platform::fromUtf8(item.text);
             break;
+        }
         }
     }
 }

@@ -1,10 +1,12 @@
 #pragma once
 
+#include "ado/long_texts.h"
 #include "ado/value.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -50,8 +52,10 @@ public:
         std::size_t longest = 0; ///< characters of its texts
     };
 
-    /// Checks every byte. No value when they are not what a SheetSender sends.
-    [[nodiscard]] static std::optional<SheetCells> receive(std::string bytes);
+    /// Checks every byte. No value when they are not what a SheetSender sends. Cells with a mark of `longTexts` show
+    /// the text.
+    [[nodiscard]] static std::optional<SheetCells> receive(std::string bytes,
+                                                           std::shared_ptr<const LongTexts> longTexts);
 
     const std::vector<std::u16string>& sheetNames() const noexcept { return names_; }
     bool hasSheet() const noexcept { return hasSheet_; }
@@ -66,6 +70,7 @@ private:
     class Receiver;
 
     std::string bytes_;
+    std::shared_ptr<const LongTexts> longTexts_;
     std::vector<std::u16string> names_;
     bool hasSheet_ = false;
     std::optional<std::int32_t> failure_;

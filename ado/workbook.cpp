@@ -104,7 +104,9 @@ Workbook::Workbook(platform::FileSystem& files, std::u16string_view path) {
     if (!CompoundFile::isOne(content)) {
         throwNoWorkbook(bytes);
     }
-    file_ = makeCompoundFile(u"Workbook", makeReadable(workbookStream(content)));
+    auto longTexts = std::make_shared<LongTexts>();
+    file_ = makeCompoundFile(u"Workbook", makeReadable(workbookStream(content), *longTexts));
+    longTexts_ = std::move(longTexts);
 }
 
 SheetCells Workbook::read(std::optional<std::u16string_view> sheet) const {
@@ -117,7 +119,7 @@ SheetCells Workbook::read(std::optional<std::u16string_view> sheet) const {
     if (end.kind != platform::IsolatedEnd::Kind::Done) {
         throwEnd(end, limits);
     }
-    std::optional<SheetCells> cells = SheetCells::receive(std::move(end.output));
+    std::optional<SheetCells> cells = SheetCells::receive(std::move(end.output), longTexts_);
     if (!cells) {
         throwUnreadable(Error::Kind::Damaged, "the file is damaged: the reader of spreadsheets returned no rows");
     }

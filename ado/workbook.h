@@ -4,6 +4,7 @@
 
 #include "platform/file_system.h"
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -28,6 +29,7 @@ private:
     SheetCells read(std::optional<std::u16string_view> sheet) const;
 
     std::string file_; ///< one that freexl reads
+    std::shared_ptr<const LongTexts> longTexts_;
 };
 
 } // namespace kelb::ado

@@ -61,7 +61,7 @@ constexpr std::uint8_t kResultText = 0, kResultBoolean = 1;
 
 class Walk {
 public:
-    explicit Walk(std::vector<std::byte>& stream) : stream_(stream) {}
+    Walk(std::vector<std::byte>& stream, LongTexts& texts) : stream_(stream), texts_(texts) {}
     void run();
 
 private:
@@ -77,6 +77,7 @@ private:
     void begin(const Record& record);
     void end();
     void take(const Record& record);
+    std::size_t takeTexts(const Record& record);
     void takeCell(const Record& record);
     void takeFormula(const Record& record);
     void takeFormulaText(const Record& text);
@@ -85,6 +86,7 @@ private:
     void setType(const Record& record, std::uint16_t type) { store16(stream_.data() + record.at, type); }
 
     std::vector<std::byte>& stream_;
+    LongTexts& texts_;
     bool wide_ = false;  ///< records of Excel 97 and later: texts in Unicode
     unsigned depth_ = 0; ///< 1 in the workbook's globals and in a sheet, 2 in a chart inside a sheet
     enum class Part { Globals, Sheet, Other } part_ = Part::Globals; ///< Other: a sheet that is all chart or macro
@@ -129,6 +131,8 @@ void Walk::run() {
             depth_ -= record->type == type::kEnd ? 1U : 0U;
         } else if (record->type == type::kEnd) {
             end();
+        } else if (record->type == type::kTexts && wide_ && part_ == Part::Globals) {
+            at = takeTexts(*record);
         } else {
             take(*record);
         }
@@ -195,16 +199,14 @@ void Walk::take(const Record& record) {
     switch (record.type) {
     case type::kPassword:
         throw Error(Error::Kind::Connection, "it is protected with a password; save it without one and try again");
-    case type::kTexts: // a text takes three bytes at least
-        if (load32(content(record) + 4) > stream_.size() / 3) {
-            damaged("its table of texts claims to hold more than it can");
-        }
-        break;
     case type::kSheet:
         if (const std::size_t length = load8(content(record) + 6);
             (wide_ ? 8 + length * (1 + (load8(content(record) + 7) & 1U)) : 7 + length) > record.size) {
             damaged("the name of a sheet is cut off");
         }
+        break;
+    case type::kTexts: // outside the globals of Excel 97 there is none
+        passOver(record.at, record.end());
         break;
     case type::kFormulaText:
         takeFormulaText(record);
@@ -232,6 +234,14 @@ void Walk::take(const Record& record) {
     default:
         break;
     }
+}
+
+std::size_t Walk::takeTexts(const Record& record) {
+    constexpr std::size_t kLeastText = 3; // bytes
+    if (load32(content(record) + 4) > stream_.size() / kLeastText) {
+        damaged("its table of texts claims to hold more than it can");
+    }
+    return takeLongTexts(stream_, record.at, texts_);
 }
 
 /// A cell's record begins with its row and column.
@@ -320,8 +330,8 @@ void Walk::passOver(std::size_t from, std::size_t to) {
 
 } // namespace
 
-std::vector<std::byte> makeReadable(std::vector<std::byte> stream) {
-    Walk(stream).run();
+std::vector<std::byte> makeReadable(std::vector<std::byte> stream, LongTexts& texts) {
+    Walk(stream, texts).run();
     return stream;
 }
 

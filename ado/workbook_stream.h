@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ado/long_texts.h"
+
 #include <cstddef>
 #include <vector>
 
@@ -10,11 +12,12 @@ namespace kelb::ado {
 ///
 /// - Every record must lie in the stream, and those that the library takes numbers from must be long enough for them.
 /// - Results of formulas, which it passes over, become plain cells: numbers, texts, truth values.
+/// - Texts that it would cut off go into `texts`, with a mark in their place.
 /// - Error values (#N/A) become empty cells; it would read them as 1.
 /// - Charts inside sheets, which end its reading, are passed over.
 /// - Each sheet's dimensions become those of its cells, so that no claim of the file is believed.
 ///
 /// Throws Error: Damaged, or Connection for a workbook with a password and one that is older than Excel 5.
-[[nodiscard]] std::vector<std::byte> makeReadable(std::vector<std::byte> stream);
+[[nodiscard]] std::vector<std::byte> makeReadable(std::vector<std::byte> stream, LongTexts& texts);
 
 } // namespace kelb::ado

@@ -22,6 +22,14 @@ namespace kelb::platform {
 
 namespace {
 
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool kAddressSanitizer = true;
+#elif defined(__has_feature)
+constexpr bool kAddressSanitizer = __has_feature(address_sanitizer);
+#else
+constexpr bool kAddressSanitizer = false;
+#endif
+
 using Steady = std::chrono::steady_clock;
 
 constexpr std::string_view kOperation = "start a process of its own for";
@@ -91,13 +99,9 @@ void limitChild(const IsolationLimits& limits, std::optional<std::size_t> inUse)
     limitTo(RLIMIT_CORE, 0);
     limitTo(RLIMIT_FSIZE, 0);
     limitTo(RLIMIT_CPU, static_cast<rlim_t>(std::ceil(limits.seconds)) + 1);
-#ifndef __SANITIZE_ADDRESS__
-    if (inUse) {
+    if (inUse && !kAddressSanitizer) {
         limitTo(RLIMIT_AS, *inUse + limits.memory);
     }
-#else
-    static_cast<void>(inUse);
-#endif
 }
 
 /// Input and output take the places of the standard streams; every other descriptor is closed, so that no lock and no

@@ -84,6 +84,8 @@ INSTANTIATE_TEST_SUITE_P(
         {"begin_at_the_first_filled_row", "lower.xls", "F1:t|name:t / ~|a / ~|~ / ~|b"},
         {"none_without_cells", "empty.xls", "F1:t"},
         {"none_under_the_names", "head.xls", "only:t|names:t"},
+        {"formatting_over_the_end_of_a_record", "formatted.xls", "name:t / formatted / behind"},
+        {"formatting_all_in_the_next_record", "all_formatting.xls", "name:t / formatted / behind"},
         {"short_sectors_and_wrong_dimensions", "short.xls", "name:t / short"},
     }),
     [](const auto& test) { return std::string(test.param.name); });
@@ -96,6 +98,23 @@ TEST_F(SheetTest, ShowsThousandsOfRows) {
     EXPECT_EQ(set.text(u"text"), u"行5000");
     EXPECT_EQ(std::get<std::int32_t>(set.value(u"nr")), 5000);
     EXPECT_EQ(std::get<double>(set.value(u"quarter")), 1250.0);
+}
+
+/// Texts of up to 32,000 characters, which go over up to eight records and begin anywhere in them.
+TEST_F(SheetTest, ShowsLongTexts) {
+    connect("long.xls");
+    Recordset set = open(u"sheet1$");
+    ASSERT_EQ(set.RecordCount(), 59U);
+    EXPECT_EQ(set.field(1).type, FieldType::Memo);
+    for (std::size_t i = 1; !set.Eof(); set.MoveNext(), ++i) {
+        const std::string piece = "语" + std::to_string(i);
+        std::string wide;
+        for (std::size_t n = 0; n < i * 401 % 8000; ++n) {
+            wide += piece;
+        }
+        EXPECT_TRUE(platform::toUtf8(set.text(u"a")) == wide) << i;
+        EXPECT_TRUE(platform::toUtf8(set.text(u"b")) == std::string(i, 'x') + std::string(i * 97 % 32000, 'y')) << i;
+    }
 }
 
 TEST_F(SheetTest, AnswersASelect) {
@@ -186,7 +205,8 @@ INSTANTIATE_TEST_SUITE_P(
         {"password", [] { return workbooks().bytes("password.xls"); }, "protected with a password"},
         {"other_sheets", [] { return workbooks().bytes("other.xls"); },
          "there is no sheet \"sheet1\" in it, only \"资料\", \"Tabelle1\""},
-        {"very_long_text", [] { return workbooks().bytes("long.xls"); }, "holds no sheet that can be read"},
+        {"texts_claimed", [] { return workbooks().bytes("texts_claimed.xls"); }, "claims to hold more than it can"},
+        {"texts_cut_off", [] { return workbooks().bytes("texts_cut_off.xls"); }, "table of texts is cut off"},
         {"column_behind_the_last", [] { return workbooks().bytes("wide.xls"); }, "behind the last column"},
         {"cut_text", [] { return workbooks().bytes("cut_text.xls"); }, "a text is cut off"},
         {"no_dimensions", [] { return workbooks().bytes("no_dimensions.xls"); }, "does not tell its dimensions"},
@@ -233,7 +253,7 @@ TEST_F(DamagedSheet, IsAnErrorWhereverItIsCutOff) {
 TEST_F(DamagedSheet, IsReadOrRefusedWhateverBytesAreWrong) {
     std::mt19937 dice(20151202); // NOLINT(cert-msc51-cpp): the same bytes in every run
     std::size_t readable = 0, refused = 0;
-    for (const char* name : {"cells.xls", "formulas.xls", "short.xls"}) {
+    for (const char* name : {"cells.xls", "formulas.xls", "formatted.xls"}) {
         const std::string whole = workbooks().bytes(name);
         for (int run = 0; run < 150; ++run) {
             std::string bytes = whole;

@@ -88,7 +88,8 @@ save("empty.xls", {"Sheet1": []})
 save("head.xls", {"Sheet1": [["only", "names"]]})
 save("other.xls", {"资料": [["a"], [1]], "Tabelle1": [["b"], [2]]})
 save("password.xls", {"Sheet1": [["a"], [Raw(record(0x002F, bytes(4)))]]})
-save("long.xls", {"Sheet1": [["a"], ["x" * 32000]]})
+# Texts that begin at every place of a record and go on over up to eight of them, and short ones between them.
+save("long.xls", {"Sheet1": [["a", "b"]] + [[("语%d" % i) * (i * 401 % 8000), "x" * i + "y" * (i * 97 % 32000)] for i in range(1, 60)]})
 
 
 def pad(data, size):
@@ -119,12 +120,12 @@ def short_container(name, stream):
     return header + struct.pack("<128L", *filled) + b"".join(directory) + pad(short_table + b"\xff" * 4, 512) + root
 
 
-def biff8(dimensions, cells):
+def biff8(dimensions, cells, globals_=b""):
     """The least workbook that Excel 97 would call one."""
     begin = lambda kind: record(0x0809, struct.pack("<HH", 0x0600, kind) + bytes(12))
     sheet_record = lambda at: record(0x0085, struct.pack("<LBBBB", at, 0, 0, 6, 0) + b"sheet1")
-    start = len(begin(5)) + len(sheet_record(0)) + 4
-    return begin(5) + sheet_record(start) + record(0x000A, b"") + begin(0x10) + record(0x0200, dimensions) + \
+    start = len(begin(5)) + len(sheet_record(0)) + len(globals_) + 4
+    return begin(5) + sheet_record(start) + globals_ + record(0x000A, b"") + begin(0x10) + record(0x0200, dimensions) + \
         b"".join(cells) + record(0x000A, b"")
 
 
@@ -146,3 +147,23 @@ write("encrypted.xls", short_container("EncryptedPackage", b"secret"))
 write("wide.xls", short_container("Workbook", biff8(WRONG, CELLS + [label(0, 256, "IW")])))
 write("cut_text.xls", short_container("Workbook", biff8(WRONG, [record(0x0204, struct.pack("<HHHHB", 0, 0, 0, 9, 0))])))
 write("no_dimensions.xls", short_container("Workbook", biff8(WRONG, CELLS).replace(record(0x0200, WRONG), b"")))
+
+
+def text(characters, runs=0):
+    return struct.pack("<HB", len(characters), 8 if runs else 0) + (struct.pack("<H", runs) if runs else b"") + \
+        characters.encode("latin-1") + bytes(4 * runs)
+
+
+# A table of texts where the formatting of the second one goes over the end of a record.
+def formatted(name, title, runs_behind):
+    second = text(title, 5)
+    table = record(0x00FC, struct.pack("<LL", 3, 3) + text("name") + second[:-4 * runs_behind]) + \
+        record(0x003C, second[-4 * runs_behind:] + text("behind"))
+    cells = [record(0x00FD, struct.pack("<HHHL", row, 0, 0, row)) for row in range(3)]
+    write(name, short_container("Workbook", biff8(WRONG, cells, table)))
+
+
+formatted("formatted.xls", "formatted", 3)
+formatted("all_formatting.xls", "formatted", 5)
+write("texts_claimed.xls", short_container("Workbook", biff8(WRONG, CELLS, record(0x00FC, struct.pack("<LL", 1, 1 << 30)))))
+write("texts_cut_off.xls", short_container("Workbook", biff8(WRONG, CELLS, record(0x00FC, struct.pack("<LL", 1, 1) + text("cut")[:-1]))))
