@@ -28,7 +28,7 @@ Program::Program(const StartOptions& options) : home_(homeFolder(options.home)) 
     readSettings(!options.ini.isEmpty());
     files_ = platform::makeSystemFileSystem(configuration_.pathMap());
     if (!files_->folderExists(home_)) {
-        missing("opening the application folder", home_, "there is no such folder; name one with --home or KELB_HOME");
+        missing("open the application folder", home_, "there is no such folder; name one with --home or KELB_HOME");
     }
     platform_ = std::make_unique<platform::Platform>(platform::Platform{*files_, clock_, random_, home_});
     contexts_ = std::make_unique<JobContexts>(*platform_, configuration_);
@@ -38,7 +38,7 @@ Program::Program(const StartOptions& options) : home_(homeFolder(options.home)) 
 void Program::readSettings(bool mustExist) {
     const std::unique_ptr<platform::FileSystem> files = platform::makeSystemFileSystem({});
     if (mustExist && !files->fileExists(settingsFile_)) {
-        missing("reading the settings file", settingsFile_, "there is no such file");
+        missing("read the settings file", settingsFile_, "there is no such file");
     }
     const RWIni::IniFile ini(*files, settingsFile_);
     configuration_ = jobs::Configuration(

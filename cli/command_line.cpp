@@ -108,6 +108,7 @@ int runKelb(int count, const char* const* arguments) {
     commands.push_back(makeSegment(kelb));
     commands.push_back(makeSheet(kelb));
     commands.push_back(makeView(kelb));
+    commands.push_back(makeSettings(kelb));
     try {
         kelb.parse(count, arguments);
     } catch (const CLI::Success& request) { // --help, --version

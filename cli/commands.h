@@ -23,6 +23,7 @@ CommandPointer makeParamImport(CLI::App& kelb);
 CommandPointer makeTemplateExtract(CLI::App& kelb);
 CommandPointer makeCall(CLI::App& kelb);
 CommandPointer makeSegment(CLI::App& kelb);
+CommandPointer makeSettings(CLI::App& kelb);
 CommandPointer makeSheet(CLI::App& kelb);
 CommandPointer makeView(CLI::App& kelb);
 

@@ -32,7 +32,7 @@ Program::Program(const CommonOptions& options) : options_(options) {
     jobs::Configuration configuration = readSettings(home);
     disk_ = platform::makeSystemFileSystem(configuration.pathMap());
     if (!disk_->folderExists(home)) {
-        throw platform::FileError(platform::FileError::Kind::NotFound, "opening the application folder", home, 0,
+        throw platform::FileError(platform::FileError::Kind::NotFound, "open the application folder", home, 0,
                                   "there is no such folder; name one with --home or KELB_HOME");
     }
     if (options_.dryRun) {
@@ -54,7 +54,7 @@ jobs::Configuration Program::readSettings(const std::u16string& applicationFolde
         named ? platform::fromUtf8(options_.ini) : platform::joinPath(applicationFolder, u"Kelb.ini");
     if (!files->fileExists(path)) {
         if (named) {
-            throw platform::FileError(platform::FileError::Kind::NotFound, "reading the settings file", path, 0,
+            throw platform::FileError(platform::FileError::Kind::NotFound, "read the settings file", path, 0,
                                       "there is no such file");
         }
         return {};

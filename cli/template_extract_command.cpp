@@ -19,9 +19,8 @@ public:
             .add_option("--dest", dest_, "Database of the articles [Comb2.mdb in [Setup] adultFolder]")
             ->type_name("DB");
         declared()
-            .add_option("--dest-table", destTable_, "Its table; made when it is missing")
-            ->type_name("NAME")
-            ->capture_default_str();
+            .add_option("--dest-table", destTable_, "Its table; made when it is missing [wxAll]")
+            ->type_name("NAME");
         declared().add_option("--model", model_, "Model page of the site [[Template] modelPage]")->type_name("FILE");
         declared().add_flag("--slow", slow_, "An article per [Template] timerMs");
         declared().footer(

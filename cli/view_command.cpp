@@ -16,7 +16,11 @@ public:
         : Command(kelb.add_subcommand("view", "Open a saved page in the page viewer (needs a display)")) {
         declared()
             .add_option("FILE", page_, "The saved page; read in code page 936 unless it tells otherwise")
-            ->required();
+            ->required()
+            ->type_name("");
+        declared().footer("The viewer is a window of KelbExtractor, which must lie beside this program.\n"
+                          "Example:\n"
+                          "  kelb view /crawl/forum/thread-1001-1-1.htm");
     }
 
     int run(Program& program) override {

@@ -48,7 +48,7 @@ FrmExtractor::FrmExtractor(Parts parts, ExtractorView& view)
 bool FrmExtractor::readModel(std::u16string_view path) {
     std::u16string page;
     if (!parts_.readPage(path, page)) {
-        throw platform::FileError(platform::FileError::Kind::NotFound, "reading the model page", path, 0,
+        throw platform::FileError(platform::FileError::Kind::NotFound, "read the model page", path, 0,
                                   "there is no such file; name a saved page of the site");
     }
     if (page.empty()) {

@@ -20,12 +20,12 @@ int runProgram(std::u16string_view path, const std::vector<std::string>& argumen
     list.push_back(nullptr);
     pid_t child = 0;
     if (const int fault = posix_spawn(&child, program.c_str(), nullptr, nullptr, list.data(), environ); fault != 0) {
-        throw systemFailure("starting", path, fault);
+        throw systemFailure("start", path, fault);
     }
     int status = 0;
     while (waitpid(child, &status, 0) < 0) {
         if (errno != EINTR) {
-            throw systemFailure("waiting for", path, errno);
+            throw systemFailure("wait for", path, errno);
         }
     }
     constexpr int kEndedBySignal = 128;
