@@ -32,10 +32,11 @@ public:
             ->excludes(server);
         declared().footer(
             "A name that wxKnowledge holds already is not stored again. A walk over a folder goes on where\n"
-            "the last one stood, kept in the folder's CounterResp.txt: see kelb counter. It takes the files\n"
-            "of a sub-folder in the order of their names, 1000 at most, and ends at the first number that\n"
-            "is missing. With --source: the rows whose url holds [Params] portalPath and\n"
-            "/product/…/param.shtml. One run makes 70,000 passes at most.\n"
+            "the last one stood, kept in the folder's CounterResp.txt: see kelb counter. That place moves on\n"
+            "without --save, too, but not with --dry-run. The walk takes the files of a sub-folder in the\n"
+            "order of their names, 1000 at most, and ends at the first number that is missing.\n"
+            "With --source: the rows whose url holds [Params] portalPath and /product/…/param.shtml.\n"
+            "One run makes 70,000 passes at most.\n"
             "Example:\n"
             "  kelb param-import --folder /crawl/products --connection /crawl/knowledge.mdb --save\n"
             "Common options: see kelb --help.");
