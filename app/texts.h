@@ -127,14 +127,15 @@ inline constexpr JobText kJobs[] = {
      KELB_TEXT("缺少 blnJoined 字段时先添加该字段，完成后程序关闭，请重新开始。此任务不看“停止”框。")},
     {"Command5", KELB_TEXT("产品参数导入"),
      KELB_TEXT("从产品参数页提取型号和十项参数；勾选“保存提取的TV参数”时把新型号加入 wxKnowledge 表。"),
-     KELB_TEXT("读取源数据库所在文件夹（或 Kelb.ini 的 [Params] shareFolder）中编号子文件夹 0、1、2… 里的页面，"
-               "从上次停下的地方继续；“选项”菜单可改为按源数据库的记录读取。已有的型号不会重复加入。"
-               "结果存入 Kelb.ini 的 [SqlServer] 所指的数据库。用“停止提取”框停止。")},
+     KELB_TEXT(
+         "读取源数据库所在文件夹（或 Kelb.ini 的 [Params] shareFolder）中编号子文件夹 0、1、2… 里的页面，"
+         "从上次停下的地方继续，不保存时位置也会前移；“选项”菜单可改为按源数据库的记录读取。已有的型号不会重复加入。"
+         "结果存入 Kelb.ini 的 [SqlServer] 所指的数据库。用“停止提取”框停止。")},
     {"Command14", KELB_TEXT("参数提取（预留）"), KELB_TEXT("预留的按钮：什么都不做，也不改变任何数据。"),
      KELB_TEXT("没有任务。")},
     {"Command3", KELB_TEXT("用户名导出"),
      KELB_TEXT("把 DVUser 表前 300 行中以汉字开头的用户名写入 TestRec 文件夹的文件；不改变数据库。"),
-     KELB_TEXT("得到的文件可以复制为程序文件夹中的 userNames.txt。")},
+     KELB_TEXT("得到的文件去掉第一行以后，可以用作程序文件夹中的 userNames.txt。")},
     {"Command4", KELB_TEXT("增加字段"),
      KELB_TEXT("给 wxhx 表增加 blnPass、blnPosted、sT、sC 四个字段；字段已存在时报错。"),
      KELB_TEXT("对同一个表只运行一次。")},
