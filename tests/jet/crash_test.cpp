@@ -212,7 +212,8 @@ TEST_P(FailingDisk, LeavesASavedStateFromWhichTheWorkGoesOn) {
     static_cast<void>(states()); // counted without faults
     std::set<std::size_t> struckSteps;
     bool failed = true;
-    for (std::size_t nth = 0; failed; ++nth) {
+    std::size_t nth = 0;
+    for (; failed; ++nth) {
         SCOPED_TRACE(nth);
         ASSERT_LT(nth, 10000U);
         Sitting s;
@@ -237,6 +238,7 @@ TEST_P(FailingDisk, LeavesASavedStateFromWhichTheWorkGoesOn) {
         ASSERT_EQ(progress.done, script().size());
     }
     EXPECT_GT(struckSteps.size(), 4U) << "several saves are struck";
+    RecordProperty("faults", std::to_string(nth - 1));
 }
 
 INSTANTIATE_TEST_SUITE_P(Faults, FailingDisk,
@@ -286,6 +288,7 @@ TEST(PowerCut, LeavesAStateNoOlderThanTheLastSave) {
     std::mt19937_64 random(seed);
     static_cast<void>(states());
     bool cut = true;
+    std::size_t disks = 0;
     for (std::size_t nth = 0; cut; ++nth) {
         SCOPED_TRACE(nth);
         Sitting s;
@@ -322,7 +325,9 @@ TEST(PowerCut, LeavesAStateNoOlderThanTheLastSave) {
                 next.disk.writeFile(path, bytes);
             ASSERT_TRUE(isWhole(next, then));
         }
+        disks += left.size();
     }
+    RecordProperty("disks", std::to_string(disks));
 }
 
 } // namespace
