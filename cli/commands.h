@@ -40,5 +40,7 @@ CommandPointer makeDbExec(CLI::App& db);
 CommandPointer makeDbExport(CLI::App& db);
 CommandPointer makeDbImport(CLI::App& db);
 CommandPointer makeDbCheck(CLI::App& db);
+CommandPointer makeDbCompact(CLI::App& db);
+CommandPointer makeDbRecover(CLI::App& db);
 
 } // namespace kelb::cli

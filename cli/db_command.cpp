@@ -7,9 +7,10 @@
 
 namespace kelb::cli {
 
-DatabaseCommand::DatabaseCommand(CLI::App& db, const std::string& name, const std::string& purpose)
+DatabaseCommand::DatabaseCommand(CLI::App& db, const std::string& name, const std::string& purpose,
+                                 const std::string& argument)
     : Command(db.add_subcommand(name, purpose)) {
-    declared().add_option("FILE", file_, "The database, an .mdb file")->required()->type_name("");
+    declared().add_option(argument, file_, "The database, an .mdb file")->required()->type_name("");
 }
 
 std::u16string DatabaseCommand::path() const {
@@ -58,8 +59,8 @@ std::vector<CommandPointer> makeDatabaseCommands(CLI::App& kelb) {
               "  echo '{\"title\": \"滚筒洗衣机\"}' | kelb db import new.mdb notes\n"
               "  kelb db query new.mdb \"select * from notes where title like '%洗衣机%'\"");
     std::vector<CommandPointer> commands;
-    for (const auto make :
-         {makeDbCreate, makeDbTables, makeDbSchema, makeDbQuery, makeDbExec, makeDbExport, makeDbImport, makeDbCheck}) {
+    for (const auto make : {makeDbCreate, makeDbTables, makeDbSchema, makeDbQuery, makeDbExec, makeDbExport,
+                            makeDbImport, makeDbCheck, makeDbCompact, makeDbRecover}) {
         commands.push_back(make(db));
     }
     return commands;

@@ -12,7 +12,8 @@ namespace kelb::cli {
 /// A command on one database file, its first argument.
 class DatabaseCommand : public Command {
 protected:
-    DatabaseCommand(CLI::App& db, const std::string& name, const std::string& purpose);
+    DatabaseCommand(CLI::App& db, const std::string& name, const std::string& purpose,
+                    const std::string& argument = "FILE");
 
     std::u16string path() const;
     void open(ado::Connection& connection, ado::Connection::Mode mode) const;

@@ -3,24 +3,11 @@
 #include "cli/command.h"
 #include "cli/console_host.h"
 #include "jobs/page_files.h"
-#include "platform/terminal.h"
 #include "platform/utf8.h"
 
 #include <iostream>
 
 namespace kelb::cli {
-namespace {
-
-ProgressLine::Style progressStyle(const CommonOptions& options) {
-    if (options.quiet) {
-        return ProgressLine::Style::Off;
-    }
-    return platform::isTerminal(platform::StandardStream::Error) ? ProgressLine::Style::Rewriting
-                                                                 : ProgressLine::Style::Lines;
-}
-
-} // namespace
-
 int runJob(Program& program, const std::string& name, const std::optional<std::string>& lanFolder,
            const JobBody& body) {
     jobs::Context& context = program.context();
@@ -29,7 +16,7 @@ int runJob(Program& program, const std::string& name, const std::optional<std::s
         pages = {true, jobs::lanFolderText(context.platform().files, platform::fromUtf8(*lanFolder))};
     }
     const platform::InterruptWatch interrupt;
-    ProgressLine progress(progressStyle(program.options()), context.platform().clock, std::cerr);
+    ProgressLine progress(ProgressLine::styleFor(program.options().quiet), context.platform().clock, std::cerr);
     jobs::RunLog runLog(context.platform(), context.configuration().text(jobs::Setting::SafetyLogFile));
     ConsoleHost host({std::cout, std::cerr, progress, runLog, interrupt}, pages, program.options().yes);
     jobs::JobSummary summary(name);

@@ -28,6 +28,13 @@ std::u16string minutes(double seconds) {
 
 } // namespace
 
+ProgressLine::Style ProgressLine::styleFor(bool quiet) {
+    if (quiet) {
+        return Style::Off;
+    }
+    return platform::isTerminal(platform::StandardStream::Error) ? Style::Rewriting : Style::Lines;
+}
+
 ProgressLine::ProgressLine(Style style, platform::Clock& clock, std::ostream& out)
     : style_(style), clock_(clock), out_(out), shownAt_(clock.steadySeconds()) {}
 

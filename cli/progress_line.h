@@ -15,6 +15,8 @@ namespace kelb::cli {
 class ProgressLine {
 public:
     enum class Style { Off, Lines, Rewriting };
+    /// What fits standard error. `quiet`: the option of that name.
+    static Style styleFor(bool quiet);
     ProgressLine(Style style, platform::Clock& clock, std::ostream& out);
 
     void update(std::u16string_view text, std::size_t done, std::size_t total);

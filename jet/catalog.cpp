@@ -30,6 +30,8 @@ T valueOr(const Row& row, const Column& column, T otherwise) {
     return held != nullptr ? *held : otherwise;
 }
 
+constexpr std::int32_t kHiddenFlag = 8;
+
 bool isNamedByTables(const CatalogObject& object) {
     return object.parent == kTablesId || object.entry.type == static_cast<std::int16_t>(ObjectType::Table);
 }
@@ -46,6 +48,18 @@ Binary creatorOwner(const Binary& administrator) {
 }
 
 } // namespace
+
+std::optional<std::size_t> nameIndex(const TableDefinition& objects) {
+    const Column* parent = objects.findColumn(u"ParentId");
+    const Column* name = objects.findColumn(u"Name");
+    for (std::size_t i = 0; i < objects.physicalIndexes.size(); ++i) {
+        const std::vector<IndexColumn>& parts = objects.physicalIndexes[i].columns;
+        if (parent != nullptr && name != nullptr && parts.size() == 2 && parts[0].column == parent->number &&
+            parts[1].column == name->number)
+            return i;
+    }
+    return std::nullopt;
+}
 
 NamedRow::NamedRow(const TableDefinition& table) : table_(table), values_(table.columns.size(), Null{}) {}
 
@@ -131,7 +145,7 @@ Value Catalog::owner() const {
     return Null{};
 }
 
-void Catalog::addTable(std::u16string_view name, PageNumber definition, OleDate now, const Properties& properties) {
+void Catalog::addTable(std::u16string_view name, PageNumber definition, const TableOrigin& origin) {
     const auto id = static_cast<std::int32_t>(raw(definition));
     const Value account = owner();
     NamedRow row(objectsTable_.definition());
@@ -139,12 +153,15 @@ void Catalog::addTable(std::u16string_view name, PageNumber definition, OleDate 
         .set(u"ParentId", kTablesId)
         .set(u"Name", std::u16string(name))
         .set(u"Type", static_cast<std::int16_t>(ObjectType::Table))
-        .set(u"DateCreate", now)
-        .set(u"DateUpdate", now)
+        .set(u"DateCreate", origin.created)
+        .set(u"DateUpdate", origin.updated)
         .set(u"Owner", account)
-        .set(u"Flags", std::int32_t{0})
-        .set(u"LvProp", propertyValue(properties));
-    objectsTable_.insert(row.values());
+        .set(u"Flags", std::int32_t{origin.hidden ? kHiddenFlag : 0})
+        .set(u"LvProp", propertyValue(origin.properties));
+    std::vector<Table::KnownKey> known;
+    if (const auto index = nameIndex(objectsTable_.definition()); index && origin.nameKey)
+        known.push_back({*index, *origin.nameKey});
+    objectsTable_.insert(row.values(), known);
     addRights(id, account);
     forget();
 }

@@ -43,6 +43,9 @@ private:
     std::vector<Value> values_;
 };
 
+/// The index of MSysObjects by container and name, by its position among the physical ones.
+std::optional<std::size_t> nameIndex(const TableDefinition& objects);
+
 struct CatalogObject {
     CatalogEntry entry;
     std::int32_t parent = 0;
@@ -67,7 +70,7 @@ public:
 
     // These require an operation.
     /// Adds a table's row and the access rights that it inherits from the container.
-    void addTable(std::u16string_view name, PageNumber definition, OleDate now, const Properties& properties);
+    void addTable(std::u16string_view name, PageNumber definition, const TableOrigin& origin);
     /// Notes a changed definition, with new properties when they are given.
     void noteChange(PageNumber definition, OleDate now, const Properties* properties);
 

@@ -142,7 +142,8 @@ std::unique_ptr<Database> Database::open(platform::Platform& platform, std::u16s
     return std::unique_ptr<Database>(new Database(std::move(state)));
 }
 
-std::unique_ptr<Database> Database::create(platform::Platform& platform, std::u16string_view path) {
+std::unique_ptr<Database> Database::create(platform::Platform& platform, std::u16string_view path,
+                                           const NewDatabase& options) {
     if (platform.files.fileExists(path))
         throw platform::alreadyThere("create database", path);
     // Made in memory and put in place whole, so that a kill leaves no half of a database under the wanted name.
@@ -154,7 +155,9 @@ std::unique_ptr<Database> Database::create(platform::Platform& platform, std::u1
         PageAllocator allocator(pager);
         Pager::Operation operation(pager);
         writeEmptyDatabase(pager, allocator, platform.random,
-                           {.created = {platform::toSerial(platform.clock.now())}, .sortOrder = {}});
+                           {.created = {platform::toSerial(platform.clock.now())},
+                            .sortOrder = options.sortOrder,
+                            .codePage = options.codePage});
         operation.done();
         pager.commit();
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "jet/error.h"
+#include "jet/properties.h"
 #include "jet/table.h"
 #include "jet/table_definition.h"
 
@@ -8,6 +9,8 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -38,6 +41,24 @@ struct NewTable {
     std::vector<NewIndex> indexes;
 };
 
+/// What a table that is made after another one takes over beside its definition.
+struct TableOrigin {
+    OleDate created, updated; ///< as the catalog shows them
+    bool hidden = false;
+    Properties properties;
+    /// Key of the container of tables and the name in the other catalog's index, when both files have one sort order:
+    /// for names whose keys cannot be made.
+    std::optional<std::vector<std::byte>> nameKey;
+};
+
+/// What a new database sorts by.
+struct NewDatabase {
+    SortOrder sortOrder;
+    std::uint16_t codePage = 1252;
+};
+
+struct IndexEntries;
+
 /// One object of the catalog.
 struct CatalogEntry {
     std::u16string name;
@@ -59,7 +80,8 @@ public:
     /// Throws Error (NotADatabase, Encrypted, PasswordProtected, InUse, UnsupportedVersion), CorruptFile, FileError.
     static std::unique_ptr<Database> open(platform::Platform& platform, std::u16string_view path, OpenOptions options);
     /// An empty Access 2000 database at a path where nothing is, open for writing.
-    static std::unique_ptr<Database> create(platform::Platform& platform, std::u16string_view path);
+    static std::unique_ptr<Database> create(platform::Platform& platform, std::u16string_view path,
+                                            const NewDatabase& options = {});
 
     ~Database(); ///< commits nothing; call commit() first
     Database(const Database&) = delete;
@@ -78,8 +100,14 @@ public:
     bool hasTable(std::u16string_view name) const;
 
     Table& createTable(const NewTable& table);
+    /// A table by a definition that TableDefinition::addColumn put together, without indexes; pages and maps are made
+    /// here, numbers of rows and autonumbers are taken over. Throws as above.
+    Table& createTable(TableDefinition design, const TableOrigin& origin);
     void addColumn(std::u16string_view table, const NewColumn& column);
     void createIndex(std::u16string_view table, const NewIndex& index);
+    /// An index whose entries are made already (jet/index_entries.h), under all the names given. Changes no date.
+    void addIndex(std::u16string_view table, PhysicalIndex index, std::span<const LogicalIndex> names,
+                  const IndexEntries& entries);
 
     void beginTransaction();
     void commitTransaction();

@@ -46,7 +46,7 @@ TableDefinition designTable(const NewTable& wanted, SortOrder sortOrder, platfor
         throw Error(Error::Kind::BadDefinition, "table " + toUtf8(wanted.name) + " has more than one autonumber");
     requireRowFits(table);
     for (const NewIndex& index : wanted.indexes)
-        addIndex(table, index, random);
+        jet::addIndex(table, index, random);
     return table;
 }
 
@@ -93,6 +93,16 @@ void numberRows(Table& table, std::u16string_view column) {
     }
 }
 
+/// Writes the tree of the last index of `definition`, and the definition.
+void buildIndex(Pager& pager, PageAllocator& allocator, TableDefinition& definition, const IndexEntries& entries) {
+    PhysicalIndex& index = definition.physicalIndexes.back();
+    index.distinctKeys = entries.distinctKeys;
+    MapRows maps(pager, allocator, 1, definition.ownedMap.page);
+    makeRoot(index, maps.take(), pager, allocator, definition.page);
+    writeTableDefinition(pager, allocator, definition);
+    IndexTree(pager, allocator, {index.root, index.ownedMap, definition.page}).build(entries.sorted);
+}
+
 } // namespace
 
 Table& Database::State::tableToChange(std::u16string_view name) {
@@ -110,7 +120,16 @@ Table& Database::createTable(const NewTable& wanted) {
     State& s = *state_;
     s.objects->requireWritable();
     TableDefinition table = designTable(wanted, s.header.sortOrder, s.platform.random);
-    if (const CatalogObject* other = s.catalog.find(wanted.name))
+    const OleDate now = s.now();
+    Properties properties = requiredProperties(table);
+    return createTable(std::move(table), {now, now, false, std::move(properties), std::nullopt});
+}
+
+Table& Database::createTable(TableDefinition table, const TableOrigin& origin) {
+    State& s = *state_;
+    s.objects->requireWritable();
+    requireGoodName("table", table.name);
+    if (const CatalogObject* other = s.catalog.find(table.name))
         throw Error(Error::Kind::AlreadyExists,
                     "there is a table or query " + toUtf8(other->entry.name) + " in " + toUtf8(path()));
 
@@ -130,7 +149,7 @@ Table& Database::createTable(const NewTable& wanted) {
         table.longValueMaps.push_back({column, owned, maps.take()});
     }
     writeTableDefinition(s.pager, s.allocator, table);
-    s.catalog.addTable(table.name, table.page, s.now(), requiredProperties(table));
+    s.catalog.addTable(table.name, table.page, origin);
     s.noteSchemaChange();
     operation.done();
     return s.tableAt(table.name, table.page);
@@ -180,17 +199,29 @@ void Database::createIndex(std::u16string_view tableName, const NewIndex& wanted
     State& s = *state_;
     Table& table = s.tableToChange(tableName);
     TableDefinition definition = freshDefinition(s.pager, table);
-    PhysicalIndex& index = addIndex(definition, wanted, s.platform.random);
+    jet::addIndex(definition, wanted, s.platform.random);
     const std::size_t physical = definition.physicalIndexes.size() - 1;
     const IndexEntries entries = makeIndexEntries(table, definition, physical);
-    index.distinctKeys = entries.distinctKeys;
 
     Pager::Operation operation(s.pager);
-    MapRows maps(s.pager, s.allocator, 1, definition.ownedMap.page);
-    makeRoot(index, maps.take(), s.pager, s.allocator, definition.page);
-    writeTableDefinition(s.pager, s.allocator, definition);
-    IndexTree(s.pager, s.allocator, {index.root, index.ownedMap, definition.page}).build(entries.sorted);
+    buildIndex(s.pager, s.allocator, definition, entries);
     s.catalog.noteChange(definition.page, s.now(), nullptr);
+    s.noteSchemaChange();
+    operation.done();
+}
+
+void Database::addIndex(std::u16string_view tableName, PhysicalIndex index, std::span<const LogicalIndex> names,
+                        const IndexEntries& entries) {
+    State& s = *state_;
+    TableDefinition definition = freshDefinition(s.pager, s.tableToChange(tableName));
+    for (const LogicalIndex& name : names) {
+        LogicalIndex& added = definition.addLogicalIndex(name);
+        added.physical = static_cast<std::uint32_t>(definition.physicalIndexes.size());
+    }
+    definition.physicalIndexes.push_back(std::move(index));
+
+    Pager::Operation operation(s.pager);
+    buildIndex(s.pager, s.allocator, definition, entries);
     s.noteSchemaChange();
     operation.done();
 }

@@ -72,6 +72,14 @@ void LongFields::carry(std::size_t column, std::span<const std::byte> field) {
     fields_.push_back({column, {field.begin(), field.end()}, {}, {}, isInside});
 }
 
+void LongFields::addStored(std::size_t column, std::span<const std::byte> stored) {
+    fields_.push_back({column, {}, {}, {}, stored.size() <= kMaxInlineLongValue});
+    if (fields_.back().isInside)
+        fields_.back().field = insideField(stored);
+    else
+        fields_.back().outside = stored;
+}
+
 void LongFields::moveOutside(Field& field) {
     const Column& column = definition_.columns[field.column];
     const std::span<const std::byte> stored = std::span(field.field).subspan(kLongValueHeader);
@@ -93,9 +101,19 @@ void LongFields::moveOutside(Field& field) {
     }
 }
 
+void LongFields::requireStorable(const Field& field) const {
+    if (field.outside.size() <= kMaxLongValue)
+        return;
+    throw Error(Error::Kind::RecordTooLarge, "the value is too long: table " + platform::toUtf8(definition_.name) +
+                                                 ", field " + platform::toUtf8(definition_.columns[field.column].name) +
+                                                 ", " + std::to_string(kMaxLongValue) + " bytes allowed, " +
+                                                 std::to_string(field.outside.size()) + " needed");
+}
+
 void LongFields::fit(std::size_t otherBytes) {
     std::size_t bytes = otherBytes;
     for (const Field& field : fields_) {
+        requireStorable(field);
         bytes += std::max(field.field.size(), kLongValueHeader);
     }
     while (rowSize(definition_, bytes) > kMaxRowBytes) {

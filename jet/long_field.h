@@ -24,8 +24,11 @@ public:
     /// A value that does not change: its field is carried over, whatever its form.
     void carry(std::size_t column, std::span<const std::byte> field);
 
+    /// A new value by its stored bytes, which stay as they are.
+    void addStored(std::size_t column, std::span<const std::byte> stored);
+
     /// Moves the largest inside values outside until the record, whose other variable fields take `otherBytes`, fits a
-    /// page. Throws Error (RecordTooLarge).
+    /// page. Throws Error (RecordTooLarge), also for a value that no header can name (1 GB).
     void fit(std::size_t otherBytes);
     /// Writes what lies outside and puts every field into `fields`. Requires an operation.
     void store(Pager& pager, PageAllocator& allocator, std::span<StoredField> fields);
@@ -39,6 +42,7 @@ private:
         bool isInside = false;
     };
     void moveOutside(Field& field);
+    void requireStorable(const Field& field) const;
 
     const TableDefinition& definition_;
     std::vector<Field> fields_;

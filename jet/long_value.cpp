@@ -202,6 +202,37 @@ void readLongValue(Pager& pager, std::span<const std::byte> field, std::span<std
     std::copy_n(stored.begin(), out.size(), out.begin());
 }
 
+AvailableValue readAvailableValue(Pager& pager, std::span<const std::byte> field) {
+    AvailableValue value;
+    try {
+        const std::size_t length = checkedLength(pager, field);
+        const LongValueHeader header = LongValueHeader::parse(field);
+        if (header.form != LongValueHeader::Form::Chain) {
+            readLongValue(pager, field, value.bytes);
+            return value;
+        }
+        for (Chain chain(pager, header.first); value.bytes.size() < length;) {
+            if (chain.atEnd())
+                pager.corrupt(chain.row().page, 0,
+                              "the parts of a long value end " + std::to_string(length - value.bytes.size()) +
+                                  " bytes before its length");
+            const std::span<const std::byte> part = chain.next();
+            const std::size_t take = std::min(part.size(), length - value.bytes.size());
+            value.bytes.insert(value.bytes.end(), part.begin(), part.begin() + static_cast<std::ptrdiff_t>(take));
+        }
+    } catch (const CorruptFile& damage) {
+        value.fault = damage.expected();
+        value.page = damage.page();
+        if (value.bytes.empty() && field.size() >= kLongValueHeader &&
+            LongValueHeader::parse(field).form == LongValueHeader::Form::Inline)
+            value.bytes.assign(field.begin() + kLongValueHeader,
+                               field.end()); // its length is wrong, its bytes are there
+    } catch (const platform::FileError& failure) {
+        value.fault = failure.what();
+    }
+    return value;
+}
+
 std::array<std::byte, kLongValueHeader> writeLongValue(Pager& pager, PageAllocator& allocator,
                                                        const LongValueMaps& maps, std::span<const std::byte> bytes) {
     assert(!bytes.empty());

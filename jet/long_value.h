@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <string>
 #include <vector>
 
 namespace kelb::jet {
@@ -41,6 +42,15 @@ struct LongValueHeader {
 void readLongValue(Pager& pager, std::span<const std::byte> field, std::vector<std::byte>& out);
 /// The same into memory of exactly LongValueHeader::length bytes, for readers that have a place of their own.
 void readLongValue(Pager& pager, std::span<const std::byte> field, std::span<std::byte> out);
+
+/// What can be read of a value, and why that is not all of it.
+struct AvailableValue {
+    std::vector<std::byte> bytes; ///< from its beginning
+    std::string fault;            ///< empty: the value is whole
+    PageNumber page = kNoPage;    ///< where the fault is
+};
+/// For damaged files. Throws nothing for damage; makes room only for what is there.
+AvailableValue readAvailableValue(Pager& pager, std::span<const std::byte> field);
 
 /// Stores a value outside the row and gives back its header. Requires an operation and 0 < bytes.size().
 std::array<std::byte, kLongValueHeader> writeLongValue(Pager& pager, PageAllocator& allocator,

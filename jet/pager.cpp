@@ -290,8 +290,17 @@ Frame* Pager::load(PageNumber number) {
     const auto limit = std::min({first + s.readAhead, s.store.pageCount(), static_cast<std::uint32_t>(s.table.size())});
     while (end < limit && s.table[end] == nullptr)
         ++end;
-    const auto run = std::span(s.runBuffer).first((end - first) * s.pageSize);
-    s.store.read(number, run);
+    auto run = std::span(s.runBuffer).first((end - first) * s.pageSize);
+    try {
+        s.store.read(number, run);
+    } catch (const platform::FileError&) {
+        // A page behind may be the bad one, and nobody may ever want that.
+        if (end == first + 1)
+            throw;
+        end = first + 1;
+        run = run.first(s.pageSize);
+        s.store.read(number, run);
+    }
     s.forwardFrom = end;
 
     for (std::uint32_t page = first; page < end; ++page) {

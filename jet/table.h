@@ -32,6 +32,7 @@ public:
     /// Text and memo columns: decoded into `out` (replaced; keeps its capacity). False, and `out` empty, for Null.
     bool text(const Column& column, std::u16string& out) const;
     std::span<const std::byte> bytes() const noexcept { return view_.bytes(); }
+    const RowView& view() const noexcept { return view_; }
     /// The stored bytes of a column (long values: their field in the record); no value for Null. Requires a column that
     /// is not yes/no.
     std::optional<std::span<const std::byte>> field(const Column& column) const { return view_.field(column); }
@@ -93,6 +94,10 @@ public:
     RowId insert(std::span<const Value> values);
     /// The same; the row gets the address `wanted`, that of an erased one, if it can have it.
     RowId insert(std::span<const Value> values, std::optional<RowId> wanted);
+    /// The same; the indexes named in `known` get these keys, which another database of the same sort order has for the
+    /// same values: for texts whose keys cannot be made.
+    struct KnownKey;
+    RowId insert(std::span<const Value> values, std::span<const KnownKey> known);
     /// Takes the pages on which erased rows lay and that have become free since, before long values of rows that are
     /// inserted there take them.
     void reclaimPages(std::span<const RowId> rows);
@@ -117,8 +122,14 @@ public:
 
 private:
     friend class TableScan;
+    RowId insert(std::span<const Value> values, std::span<const KnownKey> known, std::optional<RowId> wanted);
     void point(Row& row, RowId id, PageRef page, std::span<const std::byte> bytes) const;
     std::unique_ptr<State> state_;
+};
+
+struct Table::KnownKey {
+    std::size_t physicalIndex;
+    std::vector<std::byte> key;
 };
 
 } // namespace kelb::jet

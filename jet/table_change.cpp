@@ -104,10 +104,11 @@ std::string keyText(const TableDefinition& table, const PhysicalIndex& index, co
 }
 
 /// Makes the key that a row gets in an index and checks it against the rows there, `self` aside.
+/// `known`: the key itself, or null.
 void planAddition(KeyChange& change, const TableDefinition& table, const IndexTree& tree, const auto& valueOf,
-                  std::optional<RowId> self) {
+                  std::optional<RowId> self, const KeyBytes* known = nullptr) {
     const PhysicalIndex& index = table.physicalIndexes[change.index];
-    RowKey key = makeRowKey(table, change.index, valueOf);
+    RowKey key = known != nullptr ? RowKey{*known, false, false} : makeRowKey(table, change.index, valueOf);
     const auto where = [&] {
         return "table " + platform::toUtf8(table.name) + ", index " + indexName(table, change.index) + ": " +
                keyText(table, index, valueOf);
@@ -122,12 +123,12 @@ void planAddition(KeyChange& change, const TableDefinition& table, const IndexTr
         return;
     }
     const bool unique = key.mustBeUnique(index);
-    const bool known = tree.contains(key.bytes, unique ? self : std::nullopt);
-    if (unique && known) {
+    const bool taken = tree.contains(key.bytes, unique ? self : std::nullopt);
+    if (unique && taken) {
         throw Error(Error::Kind::DuplicateKey, "the value is already there: " + where());
     }
     change.added = std::move(key.bytes);
-    change.addedIsNew = !known;
+    change.addedIsNew = !taken;
 }
 
 /// Whether another writer may have made another key of it: some count ß and its like as one place.
@@ -215,7 +216,7 @@ public:
     RowChange(Table::State& state, const TableDefinition& table)
         : state_(state), table_(table), longs_(table), fields_(table.columns.size()) {}
 
-    void planInsert(NewValues& values);
+    void planInsert(NewValues& values, std::span<const Table::KnownKey> known);
     void planUpdate(const NewValues& values, const Row& old);
     void planErase(const Row& old);
 
@@ -244,13 +245,16 @@ private:
     std::optional<std::int32_t> autonumber_; ///< to be noted as given out
 };
 
-void RowChange::planInsert(NewValues& values) {
+void RowChange::planInsert(NewValues& values, std::span<const Table::KnownKey> known) {
     fillAutonumbers(values);
     values.requireNotNull();
     const auto valueOf = [&](const Column& column) -> const Value& { return *values.of(column); };
     for (std::size_t i = 0; i < table_.physicalIndexes.size(); ++i) {
         keys_.push_back({i, {}, false, {}, false});
-        planAddition(keys_.back(), table_, state_.tree(i), valueOf, std::nullopt);
+        const auto given = std::find_if(known.begin(), known.end(),
+                                        [i](const Table::KnownKey& each) { return each.physicalIndex == i; });
+        planAddition(keys_.back(), table_, state_.tree(i), valueOf, std::nullopt,
+                     given == known.end() ? nullptr : &given->key);
     }
     std::size_t bytes = 0;
     for (std::size_t i = 0; i < fields_.size(); ++i) {
@@ -409,10 +413,18 @@ void RowChange::countRows(std::int64_t difference) {
 } // namespace
 
 RowId Table::insert(std::span<const Value> values) {
-    return insert(values, std::nullopt);
+    return insert(values, {}, std::nullopt);
 }
 
 RowId Table::insert(std::span<const Value> values, std::optional<RowId> wanted) {
+    return insert(values, {}, wanted);
+}
+
+RowId Table::insert(std::span<const Value> values, std::span<const KnownKey> known) {
+    return insert(values, known, std::nullopt);
+}
+
+RowId Table::insert(std::span<const Value> values, std::span<const KnownKey> known, std::optional<RowId> wanted) {
     requireWritable();
     const TableDefinition& table = state_->current();
     assert(values.size() == table.columns.size());
@@ -421,7 +433,7 @@ RowId Table::insert(std::span<const Value> values, std::optional<RowId> wanted) 
         row.set(i, values[i]);
     }
     RowChange change(*state_, table);
-    change.planInsert(row);
+    change.planInsert(row, known);
 
     Pager::Operation operation(state_->pager());
     const auto record = change.buildNewRow();

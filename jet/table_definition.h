@@ -117,9 +117,15 @@ inline constexpr std::size_t kRowCountOffset = 16;
 inline constexpr std::size_t kAutonumberOffset = 20;
 inline constexpr std::size_t kDistinctKeysOffset = 63 + 4; ///< + 12 × physical index
 
-/// Reads the chain that starts at `page`. Throws CorruptFile. Jet 3: the columns only, its indexes are never used;
+/// Reads the chain that starts at `page`. Throws CorruptFile. Jet 3: its indexes
+/// are named here, their pages are never read;
 /// `codePage` is that of its names.
 TableDefinition readTableDefinition(Pager& pager, PageNumber page, Dialect dialect, std::uint16_t codePage = 1252);
+
+/// The same of a damaged file: columns and their names must be there; indexes and maps are left out, and `fault` says
+/// why, when they cannot be read.
+TableDefinition readAvailableDefinition(Pager& pager, PageNumber page, Dialect dialect, std::uint16_t codePage,
+                                        std::string& fault);
 
 /// Writes the whole definition over its chain, taking or releasing pages at the end; row count, autonumber and
 /// statistics as given, so read it afresh before a change. A first page that is no definition yet starts a new chain.

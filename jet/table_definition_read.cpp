@@ -19,22 +19,15 @@ constexpr std::uint16_t kNoColumn = 0xFFFF;
 /// The pages of a definition as one byte string, read from left to right.
 class DefinitionBytes {
 public:
-    DefinitionBytes(Pager& pager, PageNumber first) : pager_(pager) {
-        PageNumber page = first;
-        do {
-            const PageRef ref = pager.read(page);
-            const std::span<const std::byte> bytes = ref.bytes();
-            if (load8(&bytes[0]) != 2 || load8(&bytes[1]) != 1) {
-                pager.corrupt(page, 0, "a page of a table definition (02 01)");
+    enum class Chain { Whole, AsFarAsItGoes };
+    DefinitionBytes(Pager& pager, PageNumber first, Chain chain) : pager_(pager) {
+        try {
+            readChain(first);
+        } catch (const CorruptFile&) {
+            if (chain == Chain::Whole || pages_.empty()) {
+                throw;
             }
-            if (pages_.size() == kMaxChain) {
-                pager.corrupt(page, 4, "a table definition that comes to an end");
-            }
-            const std::size_t from = pages_.empty() ? 0 : kPageHeader;
-            bytes_.insert(bytes_.end(), bytes.begin() + static_cast<std::ptrdiff_t>(from), bytes.end());
-            pages_.push_back(page);
-            page = PageNumber{load32(&bytes[4])};
-        } while (page != kNoPage);
+        }
     }
 
     void seek(std::size_t offset) noexcept { at_ = offset; }
@@ -60,6 +53,23 @@ public:
     }
 
 private:
+    void readChain(PageNumber page) {
+        do {
+            const PageRef ref = pager_.read(page);
+            const std::span<const std::byte> bytes = ref.bytes();
+            if (load8(&bytes[0]) != 2 || load8(&bytes[1]) != 1) {
+                pager_.corrupt(page, 0, "a page of a table definition (02 01)");
+            }
+            if (pages_.size() == kMaxChain) {
+                pager_.corrupt(page, 4, "a table definition that comes to an end");
+            }
+            const std::size_t from = pages_.empty() ? 0 : kPageHeader;
+            bytes_.insert(bytes_.end(), bytes.begin() + static_cast<std::ptrdiff_t>(from), bytes.end());
+            pages_.push_back(page);
+            page = PageNumber{load32(&bytes[4])};
+        } while (page != kNoPage);
+    }
+
     Pager& pager_;
     std::vector<PageNumber> pages_;
     std::vector<std::byte> bytes_;
@@ -115,31 +125,46 @@ std::u16string readName(DefinitionBytes& in) {
     return name;
 }
 
-void readPhysicalIndex(DefinitionBytes& in, PhysicalIndex& index) {
-    const std::byte* p = in.take(52);
+/// Columns of the key, owned map, root: in both dialects the same. `p` behind the mark.
+void readKeyColumns(const std::byte* p, PhysicalIndex& index) {
     for (std::size_t i = 0; i < kColumnsPerIndex; ++i) {
-        const std::byte* part = p + 4 + 3 * i;
+        const std::byte* part = p + 3 * i;
         if (load16(part) != kNoColumn) {
             index.columns.push_back({load16(part), load8(part + 2) == 1});
         }
     }
-    index.ownedMap = RowId::unpack(load32(p + 34));
-    index.root = PageNumber{load32(p + 38)};
+    index.ownedMap = RowId::unpack(load32(p + 30));
+    index.root = PageNumber{load32(p + 34)};
+}
+
+void readPhysicalIndex(DefinitionBytes& in, PhysicalIndex& index) {
+    const std::byte* p = in.take(52);
+    readKeyColumns(p + 4, index);
     index.flags = load8(p + 46);
 }
 
-LogicalIndex readLogicalIndex(DefinitionBytes& in) {
-    const std::byte* p = in.take(28);
+void readJet3PhysicalIndex(DefinitionBytes& in, PhysicalIndex& index) {
+    const std::byte* p = in.take(39);
+    readKeyColumns(p, index);
+    index.flags = load8(p + 38);
+}
+
+/// `p` behind the mark.
+LogicalIndex logicalIndexAt(const std::byte* p) {
     LogicalIndex index;
-    index.number = load32(p + 4);
-    index.physical = load32(p + 8);
-    index.relationSide = load8(p + 12);
-    index.relationIndex = static_cast<std::int32_t>(load32(p + 13));
-    index.relationTable = load32(p + 17);
-    index.cascadeUpdate = load8(p + 21);
-    index.cascadeDelete = load8(p + 22);
-    index.kind = load8(p + 23);
+    index.number = load32(p);
+    index.physical = load32(p + 4);
+    index.relationSide = load8(p + 8);
+    index.relationIndex = static_cast<std::int32_t>(load32(p + 9));
+    index.relationTable = load32(p + 13);
+    index.cascadeUpdate = load8(p + 17);
+    index.cascadeDelete = load8(p + 18);
+    index.kind = load8(p + 19);
     return index;
+}
+
+LogicalIndex readLogicalIndex(DefinitionBytes& in) {
+    return logicalIndexAt(in.take(28) + 4);
 }
 
 /// Counts come from the file: each block is taken from the bytes at hand before room for the next is made.
@@ -201,7 +226,7 @@ void readJet3(DefinitionBytes& in, TableDefinition& table) {
     table.maxColumns = in.u16();
     table.varColumns = in.u16();
     const std::size_t columns = in.u16();
-    in.u32(); // logical indexes
+    const std::size_t logical = in.u32();
     const std::size_t physical = in.u32();
     table.ownedMap = in.rowId();
     table.freeMap = in.rowId();
@@ -215,21 +240,58 @@ void readJet3(DefinitionBytes& in, TableDefinition& table) {
         const std::size_t bytes = in.u8();
         decodeCodePageText({in.take(bytes), bytes}, table.codePage, column.name);
     }
+    for (std::size_t i = 0; i < physical; ++i) {
+        readJet3PhysicalIndex(in, table.physicalIndexes.emplace_back());
+    }
+    for (std::size_t i = 0; i < logical; ++i) {
+        table.logicalIndexes.push_back(logicalIndexAt(in.take(20)));
+    }
+    for (LogicalIndex& index : table.logicalIndexes) {
+        const std::size_t bytes = in.u8();
+        decodeCodePageText({in.take(bytes), bytes}, table.codePage, index.name);
+    }
+}
+
+TableDefinition emptyDefinition(PageNumber page, Dialect dialect, std::uint16_t codePage) {
+    TableDefinition table;
+    table.page = page;
+    table.dialect = dialect;
+    table.codePage = codePage;
+    return table;
+}
+
+void readParts(DefinitionBytes& in, TableDefinition& table) {
+    if (table.dialect == Dialect::Jet3) {
+        readJet3(in, table);
+    } else {
+        const Counts counts = readHead(in, table);
+        readBody(in, table, counts);
+    }
 }
 
 } // namespace
 
 TableDefinition readTableDefinition(Pager& pager, PageNumber page, Dialect dialect, std::uint16_t codePage) {
-    DefinitionBytes in(pager, page);
-    TableDefinition table;
-    table.page = page;
-    table.dialect = dialect;
-    table.codePage = codePage;
-    if (dialect == Dialect::Jet3) {
-        readJet3(in, table);
-    } else {
-        const Counts counts = readHead(in, table);
-        readBody(in, table, counts);
+    DefinitionBytes in(pager, page, DefinitionBytes::Chain::Whole);
+    TableDefinition table = emptyDefinition(page, dialect, codePage);
+    readParts(in, table);
+    return table;
+}
+
+TableDefinition readAvailableDefinition(Pager& pager, PageNumber page, Dialect dialect, std::uint16_t codePage,
+                                        std::string& fault) {
+    DefinitionBytes in(pager, page, DefinitionBytes::Chain::AsFarAsItGoes);
+    TableDefinition table = emptyDefinition(page, dialect, codePage);
+    try {
+        readParts(in, table);
+    } catch (const CorruptFile& damage) {
+        if (table.columns.empty() || table.columns.back().name.empty()) {
+            throw; // names come behind all the columns
+        }
+        fault = damage.expected();
+        table.physicalIndexes.clear();
+        table.logicalIndexes.clear();
+        table.longValueMaps.clear();
     }
     return table;
 }

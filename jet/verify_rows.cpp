@@ -2,6 +2,7 @@
 
 #include "jet/byte_order.h"
 #include "jet/data_page.h"
+#include "jet/record_check.h"
 #include "jet/text_codec.h"
 #include "jet/value_codec.h"
 
@@ -14,31 +15,6 @@ namespace kelb::jet {
 namespace {
 
 constexpr std::size_t kWorthTrying = 2; // a page with less room cannot even take a slot
-
-/// Units of a compressed text, no value when its runs break off.
-std::optional<std::size_t> compressedUnits(std::span<const std::byte> stored) {
-    std::size_t units = 0;
-    bool rawRun = false;
-    for (std::size_t at = 2; at < stored.size();) {
-        if (stored[at] == std::byte{0}) {
-            rawRun = !rawRun;
-            ++at;
-            continue;
-        }
-        if (rawRun && at + 1 == stored.size())
-            return std::nullopt;
-        ++units;
-        at += rawRun ? 2 : 1;
-    }
-    return units;
-}
-
-/// Units of a stored text, no value when its bytes are none.
-std::optional<std::size_t> textUnits(std::span<const std::byte> stored) {
-    if (stored.size() >= 2 && stored[0] == std::byte{0xFF} && stored[1] == std::byte{0xFE})
-        return compressedUnits(stored);
-    return stored.size() % 2 == 0 ? std::optional(stored.size() / 2) : std::nullopt;
-}
 
 /// Decimal digits of a magnitude, words most significant first.
 unsigned digits(std::array<std::uint32_t, 4> words) {
@@ -142,8 +118,8 @@ private:
 
     void checkRecord(RowId row, PageNumber at, const PageRef& page, std::span<const std::byte> bytes) {
         v_.guarded(at, label_, [&] {
-            if (!checkLayout(row, bytes))
-                return;
+            if (const auto fault = recordFault(table_, bytes))
+                return v_.error(row, label_ + ": record: " + *fault);
             const RowView view(bytes, table_, place(page, bytes));
             for (std::size_t i = 0; i < table_.columns.size(); ++i) {
                 values_[i].reset();
@@ -155,57 +131,6 @@ private:
 
     RowPlace place(const PageRef& page, std::span<const std::byte> bytes) const {
         return {v_.pager.path(), page.number(), static_cast<std::size_t>(bytes.data() - page.data())};
-    }
-
-    /// Whether the parts of a record lie one behind the other.
-    bool checkLayout(RowId row, std::span<const std::byte> bytes) {
-        const auto fail = [&](const std::string& text) { return v_.error(row, label_ + ": record: " + text), false; };
-        const std::size_t columns = bytes.size() < 2 ? 0 : load16(bytes.data());
-        const std::size_t mask = (columns + 7) / 8;
-        if (bytes.size() < 2 + mask)
-            return fail("its " + std::to_string(bytes.size()) + " bytes cannot hold its null mask");
-        if (columns > table_.maxColumns)
-            return fail("it should have at most " + std::to_string(table_.maxColumns) + " columns, it has " +
-                        std::to_string(columns));
-        std::size_t fixedEnd = 2;
-        bool hasVariable = false;
-        for (const Column& column : table_.columns) {
-            if (column.number >= columns)
-                continue;
-            if (!column.isFixed())
-                hasVariable = true;
-            else if (column.type != ColumnType::YesNo)
-                fixedEnd = std::max<std::size_t>(fixedEnd, 2U + column.fixedOffset + column.length);
-        }
-        const std::size_t end = bytes.size() - mask;
-        if (fixedEnd > end)
-            return fail("its fixed columns end at byte " + std::to_string(fixedEnd) + ", its null mask begins at " +
-                        std::to_string(end));
-        // Rows from before the first variable column have no such part, whatever columns came later.
-        return !hasVariable || checkVariablePart(bytes.first(end), fixedEnd, fail);
-    }
-
-    template <typename Fail>
-    bool checkVariablePart(std::span<const std::byte> bytes, std::size_t fixedEnd, const Fail& fail) {
-        if (bytes.size() < fixedEnd + 4)
-            return fail("it has no room for its variable columns");
-        const std::size_t count = load16(bytes.data() + bytes.size() - 2);
-        if (count > table_.varColumns)
-            return fail("it should have at most " + std::to_string(table_.varColumns) + " variable columns, it has " +
-                        std::to_string(count));
-        if (bytes.size() < fixedEnd + 4 + 2 * count)
-            return fail("it has no room for the offsets of " + std::to_string(count) + " variable columns");
-        const std::size_t offsets = bytes.size() - 4 - 2 * count; // the end offset first, then in reverse
-        std::size_t previous = fixedEnd;
-        for (std::size_t i = 0; i <= count; ++i) {
-            const std::size_t offset = load16(bytes.data() + bytes.size() - 4 - 2 * i);
-            if (offset < previous || offset > offsets)
-                return fail("variable column " + std::to_string(i) + " should begin between bytes " +
-                            std::to_string(previous) + " and " + std::to_string(offsets) + ", it begins at " +
-                            std::to_string(offset));
-            previous = offset;
-        }
-        return true;
     }
 
     void checkField(RowId row, const RowView& view, const Column& column) {
@@ -222,19 +147,10 @@ private:
                 checkMemo(*field, fail);
             return;
         }
-        if (column.type == ColumnType::Text) {
-            const auto units = textUnits(*field);
-            if (!units)
-                fail("its " + std::to_string(field->size()) + " bytes are no text");
-            else if (2 * *units > column.length && !column.isCalculated())
-                fail("the text should have at most " + std::to_string(column.length / 2) + " characters, it has " +
-                     std::to_string(*units));
-            return;
-        }
-        const auto value = decodeValue(table_, column, *field);
-        if (!value)
-            return fail("its " + std::to_string(field->size()) + " bytes are too few for its type");
-        checkNumber(row, column, *value);
+        if (const auto fault = fieldFault(table_, column, *field))
+            return fail(*fault);
+        if (column.type == ColumnType::Numeric || column.isAutonumber())
+            checkNumber(row, column, *decodeValue(table_, column, *field));
     }
 
     template <typename Fail>

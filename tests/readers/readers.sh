@@ -44,6 +44,12 @@ same
 "$kelb" db exec "$db" "update t set blnPass = true, extra = '后来的' where i > 0"
 node "$here/rows.mjs" 1000 200 | "$kelb" db import "$db" t
 same
+for copy in compact recover; do
+    "$kelb" db $copy "$db" "$work/db/$copy.mdb" --quiet
+    "$kelb" db export "$work/db/$copy.mdb" t --format jsonl | sort | cmp - <(sort "$work/db/ours.jsonl")
+    db=$work/db/$copy.mdb
+    same
+done
 if [ "$reader" = mdbtools ]; then
     # Names, types and the CSV of independent code, not only values.
     mdb-schema "$db" | tr -d '\t ' | grep -q '\[url\]Text(510)\|\[url\]Text(255)'

@@ -1,0 +1,216 @@
+#include "jet/table_transfer.h"
+
+#include "jet/byte_order.h"
+#include "jet/new_objects.h"
+#include "jet/text_codec.h"
+#include "jet/value_codec.h"
+
+#include "platform/utf8.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+#include <optional>
+
+namespace kelb::jet {
+namespace {
+
+constexpr std::uint8_t kKeptFlags = 0x01 | 0x02 | 0x04 | 0x40 | 0x80; ///< fixed, always, autonumbers, hyperlink
+constexpr std::uint8_t kCompressionFlag = 0x01;
+constexpr std::uint8_t kIndexFlags = 0x80 | 0x01 | 0x02 | 0x08;
+constexpr std::uint8_t kRelationKind = 2;
+constexpr std::uint16_t kMaxTextBytes = 510;
+constexpr std::uint8_t kDigitsOfBigInteger = 19, kMaxPrecision = 28;
+
+bool isKnownType(ColumnType type) noexcept {
+    return isWritableType(type) || type == ColumnType::FixedBinary || type == ColumnType::Complex ||
+           type == ColumnType::BigInteger || type == ColumnType::ExtendedDate;
+}
+
+/// A column of a type that Access 2000 has not, or of another make than the source's.
+Column remade(const Column& from, ColumnType type, SortOrder order) {
+    NewColumn wanted;
+    wanted.name = u"x";
+    wanted.type = type;
+    wanted.precision = type == from.type ? kMaxPrecision : kDigitsOfBigInteger;
+    wanted.scale = type == from.type ? from.scale : std::uint8_t{0};
+    if (type == ColumnType::Binary)
+        wanted.characters = kMaxTextBytes;
+    Column column = makeColumn(wanted, u"", order);
+    column.name = from.name;
+    column.required = from.required;
+    return column;
+}
+
+Column carried(const Column& from, Dialect dialect, SortOrder order) {
+    Column column = from;
+    column.flags = static_cast<std::uint8_t>((from.flags & kKeptFlags) | 0x02);
+    column.extraFlags = from.extraFlags & kCompressionFlag;
+    const bool text = from.type == ColumnType::Text || from.type == ColumnType::Memo;
+    if (dialect == Dialect::Jet3 && text)
+        column.extraFlags = kCompressionFlag; // one byte a character there: without it records could outgrow a page
+    column.sortOrder = order;
+    if (from.type == ColumnType::Text || from.type == ColumnType::Binary)
+        column.length = std::min(from.length, kMaxTextBytes);
+    else if (from.isLongValue())
+        column.length = 0;
+    else if (from.type == ColumnType::YesNo)
+        column.length = 1;
+    else
+        column.length = static_cast<std::uint16_t>(fixedSize(from.type));
+    if (from.isLongValue())
+        column.flags &= static_cast<std::uint8_t>(~0x01U);
+    return column;
+}
+
+/// ACE wraps calculated values: 16 bytes, u32 length, the value. RowView unwraps those in the record itself.
+std::vector<std::byte> unwrapped(std::vector<std::byte> stored) {
+    constexpr std::size_t kHeader = 20;
+    if (stored.size() < kHeader)
+        return {};
+    const std::size_t length = std::min<std::size_t>(load32(&stored[kHeader - 4]), stored.size() - kHeader);
+    return {stored.begin() + kHeader, stored.begin() + static_cast<std::ptrdiff_t>(kHeader + length)};
+}
+
+Decimal decimalOf(std::int64_t number) {
+    Decimal value;
+    value.negative = number < 0;
+    const std::uint64_t magnitude =
+        number < 0 ? std::uint64_t{0} - static_cast<std::uint64_t>(number) : static_cast<std::uint64_t>(number);
+    value.magnitude[2] = static_cast<std::uint32_t>(magnitude >> 32);
+    value.magnitude[3] = static_cast<std::uint32_t>(magnitude);
+    return value;
+}
+
+} // namespace
+
+TableTransfer::TableTransfer(const TableDefinition& source, SortOrder order, Orders orders)
+    : source_(source), order_(order), keepsOrders_(orders == Orders::Kept && source.dialect == Dialect::Jet4) {
+    design_.name = source.name;
+    design_.lastAutonumber = source.lastAutonumber;
+    design_.autonumberStep = std::max(source.autonumberStep, 1U);
+    for (const std::size_t i : source.displayOrder())
+        addColumn(source.columns[i]);
+    addIndexes();
+}
+
+void TableTransfer::addColumn(const Column& from) {
+    if (!isKnownType(from.type) || from.type == ColumnType::Complex) {
+        notes_.push_back({from.name, from.type == ColumnType::Complex
+                                         ? "attachments and fields of several values do not exist in Access 2000"
+                                         : "its type is unknown"});
+        return;
+    }
+    ColumnPlan plan{&from, columns_.size(), Form::AsStored}; // display positions ascend: each goes behind the others
+    std::optional<Column> made;
+    if (from.type == ColumnType::BigInteger) {
+        made = remade(from, ColumnType::Numeric, order_);
+        plan.form = Form::BigInteger;
+        notes_.push_back({from.name, "large numbers become decimals of 19 digits"});
+    } else if (from.type == ColumnType::ExtendedDate) {
+        made = remade(from, ColumnType::DateTime, order_);
+        plan.form = Form::ExtendedDate;
+        notes_.push_back({from.name, "extended dates become date-times, without fractions of milliseconds"});
+    } else if (from.type == ColumnType::FixedBinary) {
+        made = remade(from, ColumnType::Ole, order_);
+        notes_.push_back({from.name, "it becomes an OLE field"});
+    } else if (from.isCalculated()) {
+        made = remade(from, from.type, order_);
+        notes_.push_back({from.name, "its values are kept, the expression that calculates them is not"});
+    } else {
+        made = carried(from, source_.dialect, keepsOrders_ ? from.sortOrder : order_);
+    }
+    const bool text = from.type == ColumnType::Text || from.type == ColumnType::Memo;
+    if (source_.dialect == Dialect::Jet3 && text)
+        plan.form = Form::CodePageText;
+    design_.addColumn(*std::move(made));
+    columns_.push_back(plan);
+}
+
+/// Whether all its columns are there.
+bool TableTransfer::mapColumns(PhysicalIndex& index) const {
+    for (IndexColumn& part : index.columns) {
+        const auto plan = std::find_if(columns_.begin(), columns_.end(),
+                                       [&](const ColumnPlan& each) { return each.from->number == part.column; });
+        if (plan == columns_.end() || design_.columns[plan->to].type == ColumnType::Ole)
+            return false;
+        part.column = design_.columns[plan->to].number;
+    }
+    return !index.columns.empty();
+}
+
+void TableTransfer::addIndexes() {
+    for (std::size_t i = 0; i < source_.physicalIndexes.size(); ++i) {
+        IndexPlan plan{source_.physicalIndexes[i], {}, i};
+        for (const LogicalIndex& name : source_.logicalIndexes) {
+            if (name.physical != i || name.kind == kRelationKind)
+                continue;
+            LogicalIndex kept;
+            kept.name = name.name;
+            kept.kind = name.kind;
+            plan.names.push_back(std::move(kept));
+        }
+        if (plan.names.empty())
+            continue;
+        if (!mapColumns(plan.physical)) {
+            notes_.push_back({plan.names.front().name, "an index on a field that is not carried over"});
+            continue;
+        }
+        plan.physical.flags = static_cast<std::uint8_t>((plan.physical.flags & kIndexFlags) | 0x80);
+        indexes_.push_back(std::move(plan));
+    }
+}
+
+StoredField TableTransfer::field(const ColumnPlan& plan, const RowView& record,
+                                 const ReadLongValue& readLongValue) const {
+    const Column& from = *plan.from;
+    if (from.type == ColumnType::YesNo && !from.isCalculated())
+        return {record.isSet(from), {}};
+    const std::optional<std::span<const std::byte>> bytes = record.field(from);
+    if (!bytes)
+        return {};
+    if (!from.isLongValue())
+        return stored(plan, *bytes);
+    std::vector<std::byte> value = readLongValue(*bytes);
+    if (from.isCalculated())
+        value = unwrapped(std::move(value));
+    if (plan.form == Form::AsStored)
+        return {true, std::move(value)};
+    return stored(plan, value);
+}
+
+StoredField TableTransfer::stored(const ColumnPlan& plan, std::span<const std::byte> bytes) const {
+    const Column& to = design_.columns[plan.to];
+    StoredField field{true, {}};
+    switch (plan.form) {
+    case Form::AsStored:
+        if (to.type == ColumnType::YesNo) // a calculated one
+            field.set = !bytes.empty() && bytes.front() != std::byte{0};
+        else if (to.isFixed() && bytes.size() < to.length)
+            field.set = false; // calculated, without a value
+        else
+            field.bytes.assign(bytes.begin(),
+                               to.isFixed() ? bytes.begin() + static_cast<std::ptrdiff_t>(to.length) : bytes.end());
+        break;
+    case Form::CodePageText: {
+        std::u16string text;
+        decodeCodePageText(bytes, source_.codePage, text);
+        appendStored(field.bytes, to, text);
+        break;
+    }
+    case Form::BigInteger:
+    case Form::ExtendedDate: {
+        const std::optional<Value> value = decodeValue(source_, *plan.from, bytes);
+        if (const auto* number = value ? std::get_if<std::int64_t>(&*value) : nullptr)
+            appendStored(field.bytes, to, decimalOf(*number));
+        else if (const auto* date = value ? std::get_if<OleDate>(&*value) : nullptr)
+            appendStored(field.bytes, to, *date);
+        else
+            field.set = false;
+        break;
+    }
+    }
+    return field;
+}
+
+} // namespace kelb::jet
