@@ -15,7 +15,7 @@ std::string jsonText(std::u16string_view text) {
     return json;
 }
 
-/// {"kind": "row", "table": "t", "page": 17, "row": 3, "name": "x", "reason": "…"}; what does not apply is missing.
+/// {"kind": "row", "table": "t", "page": 17, "row": 3, "field": "x", "reason": "…"}; what does not apply is missing.
 std::string toJson(const jet::Loss& loss) {
     constexpr std::string_view kKinds[] = {"file", "table", "page", "row", "field", "index"};
     std::string json = "{\"kind\": \"" + std::string(kKinds[static_cast<std::size_t>(loss.kind)]) + "\"";
@@ -29,7 +29,7 @@ std::string toJson(const jet::Loss& loss) {
         json += ", \"row\": " + std::to_string(loss.row);
     }
     if (!loss.name.empty()) {
-        json += ", \"name\": " + jsonText(loss.name);
+        json += (loss.kind == jet::Loss::Kind::Index ? ", \"index\": " : ", \"field\": ") + jsonText(loss.name);
     }
     return json + ", \"reason\": " + jsonText(platform::fromUtf8(loss.reason)) + "}";
 }

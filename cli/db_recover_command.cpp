@@ -25,9 +25,10 @@ public:
             "Each page, record, field and index that is lost is told with its reason; records are named by page and\n"
             "row on the page, as \"kelb db check\" names them. A long text whose end is lost is kept as far as it "
             "goes.\n"
-            "A report is one object a line, {\"kind\", \"table\", \"page\", \"row\", \"name\", \"reason\"}, and a "
-            "line\n"
-            "with the counts at the end. Exit status: 0 all was saved, 1 something is lost, or nothing could be read.");
+            "A report is one object a line, with what applies of kind, table, page, row, field, index and reason, and "
+            "a\n"
+            "line with the counts at the end. Exit status: 0 all was saved, 1 something is lost or nothing could be "
+            "read.");
     }
 
     int run(Program& program) override {

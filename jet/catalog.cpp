@@ -126,7 +126,7 @@ Properties Catalog::properties(PageNumber definition) const {
         return {};
     const Value value = row.value(*column);
     const auto* stored = std::get_if<Binary>(&value);
-    return stored == nullptr ? Properties{} : Properties(*stored);
+    return stored == nullptr ? Properties{} : Properties(*stored, objectsTable_.definition().codePage);
 }
 
 Value Catalog::propertyValue(const Properties& properties) const {

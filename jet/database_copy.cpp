@@ -58,7 +58,7 @@ std::map<RowId, KeyBytes> nameKeys(Database& source) {
     return keys;
 }
 
-std::vector<SourceTable> userTables(Database& source) {
+std::vector<SourceTable> userTables(Database& source, CopyObserver& observer) {
     Table& objects = source.table(u"MSysObjects");
     const TableDefinition& definition = objects.definition();
     const Column* created = definition.findColumn(u"DateCreate");
@@ -78,7 +78,11 @@ std::vector<SourceTable> userTables(Database& source) {
         table.origin.created = valueOr(row, created, OleDate{});
         table.origin.updated = valueOr(row, updated, OleDate{});
         table.origin.hidden = (table.entry.flags & kHidden) != 0;
-        table.origin.properties = Properties(valueOr(row, properties, Binary{}));
+        try {
+            table.origin.properties = Properties(valueOr(row, properties, Binary{}), source.codePage());
+        } catch (const Error& damage) {
+            observer.leftOut("properties of table", table.entry.name, damage.what());
+        }
         if (const auto key = keys.find(row.id()); key != keys.end())
             table.origin.nameKey = key->second;
         tables.push_back(std::move(table));
@@ -121,7 +125,7 @@ public:
         : source_(source), target_(target), observer_(observer) {}
 
     CopyCounts run() {
-        std::vector<SourceTable> tables = userTables(source_);
+        std::vector<SourceTable> tables = userTables(source_, observer_);
         for (const SourceTable& table : tables)
             total_ += source_.table(table.entry.name).rowCount();
         for (SourceTable& table : tables)

@@ -23,7 +23,8 @@ constexpr std::u16string_view kRequired = u"Required";
 /// Reads from left to right inside given bytes; running out of them is damage.
 class In {
 public:
-    explicit In(std::span<const std::byte> bytes) noexcept : rest_(bytes) {}
+    /// `codePage`: of texts; 0: they are UTF-16.
+    In(std::span<const std::byte> bytes, std::uint16_t codePage) noexcept : rest_(bytes), codePage_(codePage) {}
     bool atEnd() const noexcept { return rest_.empty(); }
     std::span<const std::byte> take(std::size_t count) {
         if (count > rest_.size()) {
@@ -41,18 +42,33 @@ public:
         if (length < own) {
             throw Error(Error::Kind::Corrupt, "damaged table properties: a length is too short");
         }
-        return In(take(length - own));
+        return In(take(length - own), codePage_);
     }
     std::u16string name() {
         std::u16string text;
         const std::size_t bytes = u16();
-        decodeText(take(bytes), text);
+        codePage_ == 0 ? decodeText(take(bytes), text) : decodeCodePageText(take(bytes), codePage_, text);
         return text;
+    }
+    /// A value as Access 2000 stores it.
+    std::vector<std::byte> value(std::uint8_t type) {
+        const std::span<const std::byte> bytes = take(u16());
+        const bool text =
+            type == static_cast<std::uint8_t>(ColumnType::Text) || type == static_cast<std::uint8_t>(ColumnType::Memo);
+        if (codePage_ == 0 || !text) {
+            return {bytes.begin(), bytes.end()};
+        }
+        std::u16string decoded;
+        decodeCodePageText(bytes, codePage_, decoded);
+        std::vector<std::byte> stored;
+        appendRawText(stored, decoded);
+        return stored;
     }
     std::vector<std::byte> rest() const { return {rest_.begin(), rest_.end()}; }
 
 private:
     std::span<const std::byte> rest_;
+    std::uint16_t codePage_;
 };
 
 PropertyOwner readOwner(In in, std::uint16_t kind, const std::vector<std::u16string>& names) {
@@ -69,8 +85,7 @@ PropertyOwner readOwner(In in, std::uint16_t kind, const std::vector<std::u16str
             throw Error(Error::Kind::Corrupt, "damaged table properties: a value without a name");
         }
         property.name = names[name];
-        const std::span<const std::byte> bytes = value.take(value.u16());
-        property.value.assign(bytes.begin(), bytes.end());
+        property.value = value.value(property.type);
         owner.properties.push_back(std::move(property));
     }
     return owner;
@@ -126,17 +141,18 @@ std::vector<std::byte> ownerData(const PropertyOwner& owner, std::vector<std::u1
 
 } // namespace
 
-Properties::Properties(std::span<const std::byte> stored) {
+Properties::Properties(std::span<const std::byte> stored, std::uint16_t codePage) {
     const auto startsWith = [&](const auto& signature) {
         return stored.size() >= 4 && std::equal(signature.begin(), signature.end(), stored.begin());
     };
-    if (stored.empty() || startsWith(kJet3Signature)) {
+    if (stored.empty()) {
         return;
     }
-    if (!startsWith(kSignature)) {
+    const bool jet3 = startsWith(kJet3Signature);
+    if (!jet3 && !startsWith(kSignature)) {
         throw Error(Error::Kind::Corrupt, "damaged table properties: they do not begin with MR2");
     }
-    In in(stored.subspan(kSignature.size()));
+    In in(stored.subspan(kSignature.size()), jet3 ? codePage : std::uint16_t{0});
     std::vector<std::u16string> names;
     while (!in.atEnd()) {
         const std::size_t length = in.u32();

@@ -11,7 +11,7 @@
 ///
 /// | part | content |
 /// |---|---|
-/// | signature | "MR2", 00 |
+/// | signature | "MR2", 00; Access 97: "KKD", 00, and texts in the code page of the file |
 /// | chunk | u32 length (these 6 bytes included), u16 type, data |
 /// | 0x0080 | names: u16 length in bytes, UTF-16LE; numbered from 0 |
 /// | 0x0000, 0x0001 | of the table, of a column: u32 length of the name block, u16 length, owner's name; then values |
@@ -35,8 +35,9 @@ struct PropertyOwner {
 class Properties {
 public:
     Properties() = default;
-    /// Empty bytes and those of Access 97 ("KKD"; read only) have none. Throws Error (Corrupt) for malformed ones.
-    explicit Properties(std::span<const std::byte> stored);
+    /// Empty bytes have none. Those of Access 97 ("KKD", texts in `codePage`) come as Access 2000 would have them.
+    /// Throws Error (Corrupt) for malformed ones.
+    explicit Properties(std::span<const std::byte> stored, std::uint16_t codePage = 1252);
 
     bool isRequired(std::u16string_view column) const noexcept; ///< names without regard to case
     void setRequired(std::u16string_view column);

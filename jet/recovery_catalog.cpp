@@ -107,11 +107,14 @@ private:
         if (!names_.insert(entry.name).second || entry.name.empty())
             entry.name = nameByPage(static_cast<std::uint32_t>(entry.id));
         FoundTable found{entry.name, PageNumber{static_cast<std::uint32_t>(entry.id)}, {now_, now_, false, {}, {}}};
+        // An id that leads to no definition may be a damaged one: its table is then one of those without a name.
+        complete_ = complete_ && std::ranges::binary_search(survey_.definitions, found.page);
         found.origin.created = held(valueOf(pager_, table, record, u"DateCreate"), now_);
         found.origin.updated = held(valueOf(pager_, table, record, u"DateUpdate"), now_);
         found.origin.hidden = (entry.flags & kHiddenFlag) != 0;
         try {
-            found.origin.properties = Properties(held(valueOf(pager_, table, record, u"LvProp"), Binary{}));
+            found.origin.properties =
+                Properties(held(valueOf(pager_, table, record, u"LvProp"), Binary{}), header_.codePage);
         } catch (const Error& damage) {
             lost_({Loss::Kind::Table, entry.name, row.page, row.slot, u"", damage.what()});
         }

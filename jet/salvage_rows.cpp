@@ -30,6 +30,19 @@ void TableSalvage::loseRow(RowId row, const std::string& reason) {
     sinks_.lost({Loss::Kind::Row, table_.name, row.page, row.slot, u"", reason});
 }
 
+/// A page of the file that is in order and somebody else's.
+bool TableSalvage::isOthers(PageNumber number) {
+    if (raw(number) >= pager_.pageCount())
+        return false;
+    try {
+        const PageRef page = pager_.read(number);
+        const std::uint16_t type = load16(page.data());
+        return !isOwn(page) && type > 0x0100 && type <= 0x0105;
+    } catch (const platform::FileError&) { // told as a page that the disk does not give
+        return false;
+    }
+}
+
 /// Rows that a reader would see on these pages.
 std::size_t TableSalvage::countRows(std::span<const PageNumber> pages) {
     std::size_t rows = 0;
@@ -52,6 +65,12 @@ std::vector<PageNumber> TableSalvage::choosePages() {
     std::ranges::set_intersection(own, members, std::back_inserter(chosen));
     std::ranges::set_difference(own, members, std::back_inserter(others));
     std::ranges::set_difference(members, own, std::back_inserter(missing));
+    // A map that leads to pages of others more often than to its own is none any more.
+    if (missing.size() > chosen.size() &&
+        std::ranges::any_of(missing, [&](PageNumber page) { return isOthers(page); })) {
+        readable = false;
+        missing.clear();
+    }
     std::ranges::copy_if(others, std::back_inserter(inUse), [&](PageNumber page) { return !survey_.isFree(page); });
 
     if (!readable)

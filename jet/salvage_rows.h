@@ -37,6 +37,7 @@ private:
     void readOrphans(std::span<const PageNumber> pages, const Take& take);
     void takeRecord(RowId row, const PageRef& page, std::span<const std::byte> bytes, const Take& take);
     bool isOwn(const PageRef& page) const noexcept;
+    bool isOthers(PageNumber page);
     void loseRow(RowId row, const std::string& reason);
 
     Pager& pager_;

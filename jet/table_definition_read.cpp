@@ -20,7 +20,7 @@ constexpr std::uint16_t kNoColumn = 0xFFFF;
 class DefinitionBytes {
 public:
     enum class Chain { Whole, AsFarAsItGoes };
-    DefinitionBytes(Pager& pager, PageNumber first, Chain chain) : pager_(pager) {
+    DefinitionBytes(Pager& pager, PageNumber first, Chain chain) : pager_(pager), chain_(chain) {
         try {
             readChain(first);
         } catch (const CorruptFile&) {
@@ -30,6 +30,7 @@ public:
         }
     }
 
+    bool isDamaged() const noexcept { return chain_ == Chain::AsFarAsItGoes; }
     void seek(std::size_t offset) noexcept { at_ = offset; }
     const std::byte* take(std::size_t count) {
         if (count > bytes_.size() - at_) {
@@ -71,6 +72,7 @@ private:
     }
 
     Pager& pager_;
+    Chain chain_;
     std::vector<PageNumber> pages_;
     std::vector<std::byte> bytes_;
     std::size_t at_ = 0;
@@ -100,6 +102,10 @@ Counts readHead(DefinitionBytes& in, TableDefinition& table) {
 
 Column readColumn(DefinitionBytes& in) {
     const std::byte* p = in.take(25);
+    constexpr std::uint32_t kMark = 0x659;
+    if (in.isDamaged() && load32(p + 1) != kMark) {
+        in.fail("a field (59 06)");
+    }
     Column column;
     column.type = static_cast<ColumnType>(load8(p));
     column.number = load16(p + 5);

@@ -89,8 +89,13 @@ TableTransfer::TableTransfer(const TableDefinition& source, SortOrder order, Ord
     design_.name = source.name;
     design_.lastAutonumber = source.lastAutonumber;
     design_.autonumberStep = std::max(source.autonumberStep, 1U);
-    for (const std::size_t i : source.displayOrder())
-        addColumn(source.columns[i]);
+    std::vector<const Column*> byNumber;
+    for (const Column& column : source.columns)
+        byNumber.push_back(&column);
+    std::ranges::sort(byNumber, {}, &Column::number); // some readers show the columns in this order
+    for (const Column* column : byNumber)
+        addColumn(*column);
+    placeColumns();
     addIndexes();
 }
 
@@ -101,7 +106,7 @@ void TableTransfer::addColumn(const Column& from) {
                                          : "its type is unknown"});
         return;
     }
-    ColumnPlan plan{&from, columns_.size(), Form::AsStored}; // display positions ascend: each goes behind the others
+    ColumnPlan plan{&from, 0, Form::AsStored};
     std::optional<Column> made;
     if (from.type == ColumnType::BigInteger) {
         made = remade(from, ColumnType::Numeric, order_);
@@ -125,6 +130,22 @@ void TableTransfer::addColumn(const Column& from) {
         plan.form = Form::CodePageText;
     design_.addColumn(*std::move(made));
     columns_.push_back(plan);
+}
+
+/// Gives the columns their display positions, those of the source without gaps, and tells the plans where they are.
+void TableTransfer::placeColumns() {
+    std::uint16_t position = 0;
+    for (const std::size_t i : source_.displayOrder()) {
+        const auto plan = std::ranges::find(columns_, &source_.columns[i], &ColumnPlan::from);
+        if (plan != columns_.end())
+            design_.columns[static_cast<std::size_t>(plan - columns_.begin())].position = position++;
+    }
+    std::vector<std::uint16_t> numbers; // of the plans: they stand as the columns were added
+    for (const Column& column : design_.columns)
+        numbers.push_back(column.number);
+    std::ranges::sort(design_.columns, {}, &Column::position);
+    for (std::size_t i = 0; i < columns_.size(); ++i)
+        columns_[i].to = static_cast<std::size_t>(design_.columnByNumber(numbers[i]) - design_.columns.data());
 }
 
 /// Whether all its columns are there.

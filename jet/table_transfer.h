@@ -59,6 +59,7 @@ public:
 
 private:
     void addColumn(const Column& from);
+    void placeColumns();
     void addIndexes();
     bool mapColumns(PhysicalIndex& index) const;
     StoredField stored(const ColumnPlan& plan, std::span<const std::byte> bytes) const;

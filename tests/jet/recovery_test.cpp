@@ -128,6 +128,12 @@ INSTANTIATE_TEST_SUITE_P(
              std::fill(p.record(map) + 5, p.recordEnd(map), std::byte{0});
          },
          0, 0, 0, 0, 0, "that its map does not name were read too"},
+        {"map_of_others",
+         [](Patient& p) {
+             const RowId map = p.definition().ownedMap;
+             std::fill(p.record(map) + 5, p.record(map) + 9, std::byte{0x7E}); // pages 1 to 30
+         },
+         0, 0, 0, 0, 0, "by looking at every page"},
         {"map_of_no_form", [](Patient& p) { *p.record(p.definition().ownedMap) = std::byte{77}; }, 0, 0, 0, 0, 0,
          "by looking at every page"},
         {"roots_of_indexes",

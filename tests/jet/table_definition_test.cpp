@@ -197,7 +197,10 @@ TEST(TableDefinition, Jet3) {
               "aa aa aa aa aa aa aa aa"
               "04 | 00 00 | 00 00 | 00 00 | 00 00 | 09 04 | 00 | 00 | 07 | 00 00 | 04 00"
               "0a | 02 00 | 00 00 | 01 00 | 00 00 | 09 04 | 00 | 00 | 02 | 00 00 | 32 00"
-              "02 69 64 | 04 cd f8 d2 b3"));
+              "02 69 64 | 04 cd f8 d2 b3"
+              "02 00 01 | 00 00 00 | ff ff 00 ff ff 00 ff ff 00 ff ff 00 ff ff 00 ff ff 00 ff ff 00 ff ff 00"
+              "02 05 00 00 | 07 00 00 00 | 81"
+              "00 00 00 00 | 00 00 00 00 | 00 | ff ff ff ff | 00 00 00 00 | 04 04 | 01 | 02 70 6b"));
     const TableDefinition table = readTableDefinition(*f.pager, page, Dialect::Jet3, 936);
     EXPECT_EQ(table.rowCount, 3U);
     EXPECT_EQ(table.lastAutonumber, 9U);
@@ -209,6 +212,32 @@ TEST(TableDefinition, Jet3) {
     EXPECT_EQ(table.columns[1].name, u"\u7F51\u9875");
     EXPECT_EQ(table.columns[1].length, 100) << "50 characters";
     EXPECT_EQ(table.columns[1].number, 2);
+    ASSERT_EQ(table.physicalIndexes.size(), 1U);
+    ASSERT_EQ(table.physicalIndexes[0].columns.size(), 2U);
+    EXPECT_EQ(table.physicalIndexes[0].columns[0].column, 2);
+    EXPECT_TRUE(table.physicalIndexes[0].columns[0].ascending);
+    EXPECT_FALSE(table.physicalIndexes[0].columns[1].ascending);
+    EXPECT_TRUE(table.physicalIndexes[0].unique());
+    ASSERT_EQ(table.logicalIndexes.size(), 1U);
+    EXPECT_EQ(table.logicalIndexes[0].name, u"pk");
+    EXPECT_EQ(table.logicalIndexes[0].kind, 1);
+}
+
+TEST(TableDefinition, OfADamagedFileKeepsItsColumnsWithoutIndexes) {
+    TableFixture f;
+    const PageNumber page = f.putDefinition(bytes(kPageTable));
+    Pager::Operation operation(*f.pager);
+    store32(f.pager->edit(page).data() + 47, 4000); // logical indexes
+    std::string fault;
+    const TableDefinition table = readAvailableDefinition(*f.pager, page, Dialect::Jet4, 1252, fault);
+    EXPECT_NE(fault, "");
+    EXPECT_EQ(table.columns.size(), 5U);
+    EXPECT_EQ(table.columns[4].name, u"content");
+    EXPECT_TRUE(table.physicalIndexes.empty());
+    EXPECT_TRUE(table.longValueMaps.empty());
+
+    store32(f.pager->edit(page).data() + 51, 3); // physical indexes: what is read as columns then are none
+    EXPECT_THROW(static_cast<void>(readAvailableDefinition(*f.pager, page, Dialect::Jet4, 1252, fault)), CorruptFile);
 }
 
 TEST(TableDefinition, HostileBytesAreReadOrRefused) {
