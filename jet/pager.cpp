@@ -294,8 +294,8 @@ Frame* Pager::load(PageNumber number) {
     try {
         s.store.read(number, run);
     } catch (const platform::FileError&) {
-        // A page behind may be the bad one, and nobody may ever want that.
-        if (end == first + 1)
+        // A page behind may be the bad one, and nobody may ever want that. Who writes does not go on on such a disk.
+        if (end == first + 1 || options_.access != Access::Read)
             throw;
         end = first + 1;
         run = run.first(s.pageSize);

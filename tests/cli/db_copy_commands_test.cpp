@@ -21,11 +21,11 @@ protected:
         ASSERT_EQ(run({"db", "exec", at("a.mdb"), "delete from t where id > 20"}).status, 0);
     }
     std::string exported(const std::string& file) { return run({"db", "export", at(file), "t"}).out; }
-    /// Noise over every page that begins with these bytes.
-    std::string damaged(const std::string& beginning) {
+    /// Noise over every page of long values.
+    std::string damaged() {
         std::string bytes = read("a.mdb");
-        for (std::size_t page = 6 * 4096; page < bytes.size(); page += 4096) {
-            if (bytes.compare(page, beginning.size(), beginning) == 0) {
+        for (std::size_t page = 0; page < bytes.size(); page += 4096) {
+            if (bytes.compare(page, 2, "\x01\x01") == 0 && bytes.compare(page + 4, 4, "LVAL") == 0) {
                 bytes.replace(page, 4096, std::string(4096, '\x55'));
             }
         }
@@ -55,16 +55,19 @@ TEST_F(DbCopyCommands, RecoverTellsWhatIsLostAndEndsWithOne) {
     EXPECT_EQ(run({"db", "recover", at("a.mdb"), at("whole.mdb"), "--quiet"}).status, 0);
     EXPECT_EQ(exported("whole.mdb"), exported("a.mdb"));
 
-    write("bad.mdb", damaged(std::string("\x01\x01\x00", 2))); // every page of rows and long values behind the system's
+    write("bad.mdb", damaged());
     EXPECT_EQ(run({"db", "compact", at("bad.mdb"), at("b.mdb"), "--quiet"}).status, 1);
     const Outcome told = run({"db", "recover", at("bad.mdb"), at("b.mdb"), "--quiet"});
     EXPECT_EQ(told.status, 1);
-    EXPECT_THAT(told.err, HasSubstr("lost: "));
+    EXPECT_THAT(told.err, HasSubstr("lost: table t, page "));
+    EXPECT_THAT(told.err, HasSubstr(", field body: "));
+    EXPECT_THAT(told.out, HasSubstr("1 table, 20 rows, 1 index; lost: 0 pages, 0 rows, 20 fields, 0 other\n"));
     const Outcome reported =
         run({"db", "recover", at("bad.mdb"), at("c.mdb"), "--report", at("lost.jsonl"), "--quiet"});
     EXPECT_EQ(reported.status, 1);
     EXPECT_THAT(reported.err, testing::Not(HasSubstr("lost: ")));
-    EXPECT_THAT(read("lost.jsonl"), HasSubstr("{\"kind\": \"page\", "));
+    EXPECT_THAT(read("lost.jsonl"), HasSubstr("{\"kind\": \"field\", \"table\": \"t\", \"page\": "));
+    EXPECT_THAT(read("lost.jsonl"), HasSubstr(", \"field\": \"body\", \"reason\": "));
     EXPECT_THAT(read("lost.jsonl"), HasSubstr("\n{\"tables\": "));
     EXPECT_EQ(run({"db", "check", at("c.mdb")}).status, 0);
 }
