@@ -73,6 +73,13 @@ SlotArray findSlots(std::span<const std::byte> page, Dialect dialect) {
 
 /// The slots of the longest run of starts that never ascend: one wrong start does not make those behind it wrong.
 std::vector<bool> slotsInOrder(const SlotArray& slots) {
+    std::size_t sound = 0;
+    for (std::size_t end = slots.page.size(); sound < slots.count; end = slots.start(sound++))
+        if (slots.start(sound) > end || slots.start(sound) < slots.gap())
+            break;
+    if (sound == slots.count) // nearly every page
+        return std::vector<bool>(slots.count, true);
+
     std::vector<std::size_t> length(slots.count, 0), before(slots.count, slots.count);
     std::size_t best = slots.count;
     for (std::size_t i = 0; i < slots.count; ++i) {
