@@ -129,18 +129,32 @@ private:
         return std::nullopt;
     }
 
-    /// Names that are empty, too long or there twice would refuse the whole table.
+    /// Names that are empty, too long or there twice would refuse the whole table, as a second primary key would.
     void makeNamesGood(TableDefinition& table) {
-        std::unordered_set<std::u16string, platform::NoCaseHash, platform::NoCaseEqual> names;
-        for (Column& column : table.columns) {
-            if (!column.name.empty() && column.name.size() <= kMaxNameUnits && names.insert(column.name).second)
+        Names fields, indexes;
+        for (Column& column : table.columns)
+            makeNameGood(table, column.name, fields, u"Field", column.number);
+        bool primary = false;
+        for (LogicalIndex& index : table.logicalIndexes) {
+            constexpr std::uint8_t kPrimary = 1, kRelation = 2;
+            if (index.kind == kRelation)
                 continue;
-            std::u16string made = u"Field" + platform::fromUtf8(std::to_string(column.number));
-            while (!names.insert(made).second)
-                made += u'_';
-            lose({Loss::Kind::Table, table.name, table.page, -1, made, "the name of this field is lost"});
-            column.name = std::move(made);
+            makeNameGood(table, index.name, indexes, u"Index", index.number);
+            index.kind = index.kind == kPrimary && !primary ? kPrimary : std::uint8_t{0};
+            primary = primary || index.kind == kPrimary;
         }
+    }
+
+    using Names = std::unordered_set<std::u16string, platform::NoCaseHash, platform::NoCaseEqual>;
+    void makeNameGood(const TableDefinition& table, std::u16string& name, Names& names, std::u16string_view stem,
+                      std::uint32_t number) {
+        if (!name.empty() && name.size() <= kMaxNameUnits && names.insert(name).second)
+            return;
+        std::u16string made = std::u16string(stem) + platform::fromUtf8(std::to_string(number));
+        while (!names.insert(made).second)
+            made += u'_';
+        lose({Loss::Kind::Table, table.name, table.page, -1, made, "the name that it had is lost"});
+        name = std::move(made);
     }
 
     void saveTable(const FoundTable& found, TableDefinition definition) {

@@ -128,6 +128,14 @@ INSTANTIATE_TEST_SUITE_P(
              std::fill(p.record(map) + 5, p.recordEnd(map), std::byte{0});
          },
          0, 0, 0, 0, 0, "that its map does not name were read too"},
+        {"name_of_an_index",
+         [](Patient& p) {
+             std::u16string_view from = u"urlidx", to = u"numidx";
+             const std::string wanted(reinterpret_cast<const char*>(from.data()), 2 * from.size());
+             p.bytes.replace(p.bytes.find(wanted), wanted.size(), reinterpret_cast<const char*>(to.data()),
+                             wanted.size());
+         },
+         0, 0, 0, 0, 1, "the name that it had is lost"},
         {"map_of_others",
          [](Patient& p) {
              const RowId map = p.definition().ownedMap;
