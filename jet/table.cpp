@@ -207,7 +207,8 @@ bool Table::read(RowId id, Row& row) const {
 
 std::optional<std::size_t> Table::indexOn(const Column& column) const {
     const TableDefinition& table = definition();
-    // Index pages of Access 97 are laid out in another way. Numeric keys of ACE follow another rule; its General order and other sort orders have keys unknown here.
+    // Index pages of Access 97 are laid out in another way. Numeric keys of ACE follow another rule; its General order
+    // and other sort orders have keys unknown here.
     const bool textual = column.type == ColumnType::Text || column.type == ColumnType::Memo;
     if (table.dialect == Dialect::Jet3 || (textual && textKeysOf(column) == TextKeys::None) ||
         (column.type == ColumnType::Numeric && table.dialect != Dialect::Jet4)) {
