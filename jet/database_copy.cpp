@@ -107,7 +107,7 @@ IndexEntries takenOver(Database& source, const TableDefinition& table, std::size
     for (auto cursor = tree.begin(); cursor.valid(); cursor.next()) {
         const auto row = std::ranges::lower_bound(moved, cursor.row(), {}, &MovedRows::value_type::first);
         if (row == moved.end() || row->first != cursor.row())
-            source.pager().corrupt(cursor.row().page, 0, "a record for an entry of the index");
+            source.pager().corrupt(cursor.row().page, 0, "an entry of the index leads to no record");
         entries.sorted.push_back({KeyBytes(cursor.key().begin(), cursor.key().end()), row->second});
     }
     std::ranges::sort(entries.sorted, [](const IndexTree::Entry& a, const IndexTree::Entry& b) {

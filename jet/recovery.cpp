@@ -230,9 +230,8 @@ private:
                 AvailableValue value = salvageLongValue(pager_, from, column, field);
                 nothing = !value.fault.empty() && value.bytes.empty();
                 if (!value.fault.empty())
-                    loseField((nothing
-                                   ? "nothing of it can be read: expected was "
-                                   : "shortened to " + std::to_string(value.bytes.size()) + " bytes: expected was ") +
+                    loseField((nothing ? "nothing of it can be read: "
+                                       : "shortened to " + std::to_string(value.bytes.size()) + " bytes: ") +
                               value.fault);
                 return std::move(value.bytes);
             };
@@ -248,7 +247,7 @@ private:
             field.set = field.set && !nothing;
             return field;
         } catch (const CorruptFile& damage) {
-            loseField("expected was " + std::string(damage.expected()));
+            loseField(std::string(damage.expected()));
             return {};
         }
     }

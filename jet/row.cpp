@@ -46,7 +46,7 @@ Value Row::value(const Column& column) const {
     }
     std::optional<Value> value = decodeValue(*definition_, column, *stored);
     if (!value) {
-        view_.corrupt(static_cast<std::size_t>(stored->data() - bytes().data()), "a field as long as its type");
+        view_.corrupt(static_cast<std::size_t>(stored->data() - bytes().data()), "a field is not as long as its type");
     }
     return *std::move(value);
 }
@@ -80,14 +80,14 @@ bool Row::text(const Column& column, std::u16string& out) const {
 std::uint32_t Row::longValueLength(std::span<const std::byte> field) const {
     const auto fieldOffset = static_cast<std::size_t>(field.data() - bytes().data());
     if (field.size() < kLongValueHeader) {
-        view_.corrupt(fieldOffset, "a long value's header of 12 bytes");
+        view_.corrupt(fieldOffset, "the header of a long value is shorter than 12 bytes");
     }
     const LongValueHeader header = LongValueHeader::parse(field);
     const std::uint64_t most = header.form == LongValueHeader::Form::Inline
                                    ? field.size() - kLongValueHeader
                                    : std::uint64_t{pager_->pageCount()} * pager_->pageSize();
     if (header.length > most) {
-        view_.corrupt(fieldOffset, "a long value that fits its record or file");
+        view_.corrupt(fieldOffset, "a long value is longer than its record or file");
     }
     return header.length;
 }

@@ -32,11 +32,11 @@ RowView::RowView(std::span<const std::byte> bytes, const TableDefinition& defini
     : bytes_(bytes), definition_(&definition), place_(place) {
     const std::size_t countBytes = definition.dialect == Dialect::Jet3 ? 1 : 2;
     if (bytes.size() < countBytes) {
-        corrupt(0, "a record, found one too short for its column count");
+        corrupt(0, "a record is too short for its column count");
     }
     columns_ = countBytes == 1 ? load8(bytes.data()) : load16(bytes.data());
     if (bytes.size() < countBytes + maskBytes(columns_)) {
-        corrupt(0, "a record with a null mask, found one too short for its column count");
+        corrupt(0, "a record is too short for the null mask of its columns");
     }
     mask_ = bytes.size() - maskBytes(columns_);
 }
@@ -66,7 +66,7 @@ std::optional<std::span<const std::byte>> RowView::field(const Column& column) c
         return std::nullopt;
     }
     if (range->start > range->end || range->end > mask_) {
-        corrupt(std::min(range->start, bytes_.size()), "a field inside its record");
+        corrupt(std::min(range->start, bytes_.size()), "a field reaches out of its record");
     }
     std::span<const std::byte> stored = bytes_.subspan(range->start, range->end - range->start);
     if (column.isCalculated() && !column.isLongValue() && stored.size() >= kCalculatedHeader) {
@@ -80,14 +80,14 @@ std::optional<std::span<const std::byte>> RowView::field(const Column& column) c
 std::optional<RowView::Range> RowView::variable(std::size_t varIndex) const {
     constexpr std::size_t kTail = 4; // var count and one offset
     if (mask_ < 2 + kTail) {
-        corrupt(0, "a record with variable fields, found one too short");
+        corrupt(0, "a record is too short for its variable fields");
     }
     const std::size_t count = load16(&bytes_[mask_ - 2]);
     if (varIndex >= count) {
         return std::nullopt;
     }
     if (mask_ < 2 + kTail + 2 * count) {
-        corrupt(mask_ - 2, "a number of variable fields that the record has room for");
+        corrupt(mask_ - 2, "the record has no room for its number of variable fields");
     }
     const std::byte* offset = &bytes_[mask_ - kTail - 2 * varIndex];
     return Range{load16(offset), load16(offset - 2)};
@@ -96,14 +96,14 @@ std::optional<RowView::Range> RowView::variable(std::size_t varIndex) const {
 std::optional<RowView::Range> RowView::jet3Variable(std::size_t varIndex) const {
     const std::size_t jumps = (bytes_.size() - 1) / 256;
     if (mask_ < 1 + 2 + jumps) {
-        corrupt(0, "a record with variable fields, found one too short");
+        corrupt(0, "a record is too short for its variable fields");
     }
     const std::size_t count = load8(&bytes_[mask_ - 1]);
     if (varIndex >= count) {
         return std::nullopt;
     }
     if (mask_ < 1 + 2 + jumps + count) {
-        corrupt(mask_ - 1, "a number of variable fields that the record has room for");
+        corrupt(mask_ - 1, "the record has no room for its number of variable fields");
     }
     const std::size_t first = mask_ - 2 - jumps; // offset byte of var 0; the others lie below
     const std::size_t usedJumps = (first - count) / 256 < jumps ? jumps - 1 : jumps;
@@ -185,7 +185,9 @@ void requireConsistent(const TableDefinition& definition) {
             require(column.varIndex < places.size() && !places[column.varIndex], column, "has a place that is taken");
             places[column.varIndex] = true;
         } else if (isStoredFixed(column)) {
-            require(fixedSize(column.type) == column.length, column, "has a length that its type does not allow");
+            // A text among the fields of fixed length may say that its length is 0, the size of its type.
+            require(column.length != 0 && fixedSize(column.type) == column.length, column,
+                    "has a length that its type does not allow");
             for (std::size_t i = column.fixedOffset; i < column.fixedOffset + std::size_t{column.length}; ++i) {
                 require(!area[i], column, "lies on another field");
                 area[i] = true;

@@ -24,10 +24,22 @@ bool RowStore::isOwn(const PageRef& page) const noexcept {
     return isDataPage(page) && load32(page.data() + kOwnerOffset) == raw(table_);
 }
 
+std::optional<PageNumber> RowStore::nextPage(PageNumber after) const {
+    const UsageMap owned(*pager_, ownedMap_);
+    const std::optional<PageNumber> page = owned.next(after);
+    if (!page) {
+        if (const std::optional<PageNumber> lost = owned.pastEnd()) {
+            pager_->corrupt(*lost, 0, "rows should follow on this page, but the file was cut off before it");
+        }
+    }
+    return page;
+}
+
 PageRef RowStore::ownPage(PageNumber page) const {
     PageRef ref = pager_->read(page);
     if (!isOwn(ref)) {
-        pager_->corrupt(page, 0, "a data page of the table with definition page " + std::to_string(raw(table_)));
+        pager_->corrupt(page, 0,
+                        "this is no data page of the table with definition page " + std::to_string(raw(table_)));
     }
     return ref;
 }
@@ -63,16 +75,16 @@ RowStore::Record RowStore::follow(RowId first, std::span<const std::byte> pointe
         pager_->corrupt(first.page, 0, "row " + std::to_string(first.slot) + ": " + expected);
     };
     if (pointer.size() < kPointerBytes) {
-        fail("a pointer of 4 bytes to the moved record");
+        fail("the pointer to the moved record is shorter than 4 bytes");
     }
     const RowId place = RowId::unpack(load32(pointer.data()));
     if (place.page == kNoPage || raw(place.page) >= pager_->pageCount()) {
-        fail("a pointer to a page of the file");
+        fail("the pointer leads to no page of the file");
     }
     PageRef page = ownPage(place.page);
     const DataPageView view(*pager_, page);
     if (place.slot >= view.slotCount() || view.slot(place.slot).kind != SlotKind::Target) {
-        fail("a pointer to a moved record");
+        fail("the pointer leads to no moved record");
     }
     return {first, place, std::move(page), view.slot(place.slot).bytes};
 }
@@ -131,7 +143,8 @@ void RowStore::replace(const Record& record, std::span<const std::byte> row) {
         store32(pointer.data(), target.packed());
         if (!replaceAt(record.first, SlotKind::Pointer, pointer)) {
             // Rows of ours have 4 bytes at least; this is a shorter one on a page without a byte to spare.
-            pager_->corrupt(record.first.page, 0, "room for a pointer to row " + std::to_string(record.first.slot));
+            pager_->corrupt(record.first.page, 0,
+                            "there is no room for a pointer to row " + std::to_string(record.first.slot));
         }
     }
     if (record.moved()) {

@@ -44,7 +44,8 @@ public:
     void replace(const Record& record, std::span<const std::byte> row);
     void erase(const Record& record);
 
-    std::optional<PageNumber> nextPage(PageNumber after) const { return UsageMap(*pager_, ownedMap_).next(after); }
+    /// Throws CorruptFile at the end when there should be pages behind the end of the file.
+    std::optional<PageNumber> nextPage(PageNumber after) const;
 
 private:
     bool isOwn(const PageRef& page) const noexcept;

@@ -169,7 +169,7 @@ void TableSalvage::takeRecord(RowId row, const PageRef& page, std::span<const st
         take(row, record);
         ++rowsRead_;
     } catch (const CorruptFile& damage) {
-        loseRow(row, "expected was " + std::string(damage.expected()));
+        loseRow(row, std::string(damage.expected()));
     }
 }
 

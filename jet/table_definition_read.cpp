@@ -59,10 +59,10 @@ private:
             const PageRef ref = pager_.read(page);
             const std::span<const std::byte> bytes = ref.bytes();
             if (load8(&bytes[0]) != 2 || load8(&bytes[1]) != 1) {
-                pager_.corrupt(page, 0, "a page of a table definition (02 01)");
+                pager_.corrupt(page, 0, "this is no page of a table definition (02 01)");
             }
             if (pages_.size() == kMaxChain) {
-                pager_.corrupt(page, 4, "a table definition that comes to an end");
+                pager_.corrupt(page, 4, "the pages of a table definition run in a circle");
             }
             const std::size_t from = pages_.empty() ? 0 : kPageHeader;
             bytes_.insert(bytes_.end(), bytes.begin() + static_cast<std::ptrdiff_t>(from), bytes.end());

@@ -120,7 +120,7 @@ std::vector<PageNumber> chainOf(Pager& pager, PageNumber first) {
         const PageRef page = pager.read(chain.back());
         if (load8(page.data()) != 2) {
             if (chain.size() > 1) {
-                pager.corrupt(chain.back(), 0, "a further page of a table definition (02 01)");
+                pager.corrupt(chain.back(), 0, "this is no further page of a table definition (02 01)");
             }
             return chain;
         }
@@ -129,7 +129,7 @@ std::vector<PageNumber> chainOf(Pager& pager, PageNumber first) {
             return chain;
         }
         if (std::find(chain.begin(), chain.end(), next) != chain.end()) {
-            pager.corrupt(chain.back(), 4, "a table definition that comes to an end");
+            pager.corrupt(chain.back(), 4, "the pages of a table definition run in a circle");
         }
         chain.push_back(next);
     }

@@ -59,6 +59,25 @@ std::optional<PageNumber> UsageMap::previous(std::optional<PageNumber> before) c
     return std::nullopt;
 }
 
+std::optional<PageNumber> UsageMap::pastEnd() const {
+    const MapRow map(pager_, row_);
+    const std::uint32_t end = pager_.pageCount();
+    if (!map.byReference()) {
+        const std::uint32_t first = map.firstPage();
+        const auto bit = findBit(map.window(), end > first ? end - first : 0);
+        return bit ? std::optional(PageNumber{first + static_cast<std::uint32_t>(*bit)}) : std::nullopt;
+    }
+    const std::size_t perPage = bitsPerBitmapPage(pager_);
+    const std::size_t word = end / perPage;
+    if (end % perPage == 0 || word >= map.words())
+        return std::nullopt;
+    const auto bitmap = map.bitmapPage(pager_, word);
+    if (!bitmap)
+        return std::nullopt;
+    const auto bit = findBit(readBitmap(pager_, *bitmap).bits(), end % perPage);
+    return bit ? std::optional(PageNumber{static_cast<std::uint32_t>(word * perPage + *bit)}) : std::nullopt;
+}
+
 std::size_t UsageMap::count() const {
     std::size_t members = 0;
     for (auto page = next(kNoPage); page; page = next(*page))

@@ -33,6 +33,9 @@ public:
     /// Largest member < `before` (no value given: the last of all).
     std::optional<PageNumber> previous(std::optional<PageNumber> before = std::nullopt) const;
     std::size_t count() const;
+    /// A member that the file has no page for: the file was cut off. Bits on a bitmap page of which no page is in the
+    /// file are not asked, since those of real files may hold anything.
+    std::optional<PageNumber> pastEnd() const;
 
     /// Both change nothing when the bit already stands. Require an operation. `allocator` gives bitmap pages.
     void add(PageNumber page, PageAllocator& allocator);

@@ -116,15 +116,25 @@ TEST_P(DamagedTree, WorksOrIsReported) {
 
 INSTANTIATE_TEST_SUITE_P(Seeds, DamagedTree, ::testing::Range(1U, 5U));
 
+std::size_t rowsIn(Database& database) {
+    std::size_t rows = 0;
+    Row row;
+    for (TableScan scan = database.table(u"Items").scan(); scan.next(row);)
+        ++rows;
+    return rows;
+}
+
 // The file cut at every page.
-TEST(CutDatabase, IsRefusedOrReported) {
+TEST(CutDatabase, IsRefusedOrReportedAndNeverGivesLess) {
     const std::string sound = Patient(80).bytes;
+    const std::size_t all = rowsIn(*Patient(sound).open());
     for (std::size_t pages = 1; pages < sound.size() / kPageSize; ++pages) {
         SCOPED_TRACE(pages);
         Patient patient(sound.substr(0, pages * kPageSize));
         try {
             const auto database = patient.open();
             EXPECT_NE(faultsOf(*database), "");
+            EXPECT_EQ(rowsIn(*database), all);
         } catch (const Error& error) {
             EXPECT_STRNE(error.what(), "");
         }

@@ -132,7 +132,7 @@ INSTANTIATE_TEST_SUITE_P(
     Definitions, DamagedPages,
     ::testing::ValuesIn<Damage>({
         {"page_type", put(definitionPage, 0, {9}), "E",
-         "table \"Items\", definition: at byte 0: a page of a table definition"},
+         "table \"Items\", definition: at byte 0: this is no page of a table definition"},
         {"magic_number", turn(definitionPage, 12, 1), "E", "the number at byte 12 should be 1625, it is 1624"},
         {"length", turn(definitionPage, 8, 1), "E", "the length should be"},
         {"free_bytes", turn(definitionPage, 2, 1), "W", "definition: the free bytes of the page should be"},
