@@ -36,8 +36,11 @@ struct Column {
     bool required = false; ///< property "Required", from the catalog
 
     bool isFixed() const noexcept { return (flags & 0x01) != 0; }
-    bool isAutonumber() const noexcept { return (flags & 0x04) != 0; }
-    bool isGuidAutonumber() const noexcept { return (flags & 0x40) != 0; }
+    // A damaged definition has these flags on fields of any type.
+    bool isAutonumber() const noexcept {
+        return (type == ColumnType::Long || type == ColumnType::Complex) && (flags & 0x04) != 0;
+    }
+    bool isGuidAutonumber() const noexcept { return type == ColumnType::Guid && (flags & 0x40) != 0; }
     bool isLongValue() const noexcept { return type == ColumnType::Memo || type == ColumnType::Ole; }
     bool compresses() const noexcept { return (extraFlags & 0x01) != 0; }
     bool isCalculated() const noexcept { return (extraFlags & 0xC0) == 0xC0; }
