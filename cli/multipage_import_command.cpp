@@ -2,6 +2,7 @@
 
 #include "cli/commands.h"
 #include "cli/job_run.h"
+#include "cli/sink_arguments.h"
 #include "platform/utf8.h"
 
 namespace kelb::cli {
@@ -14,13 +15,7 @@ public:
                                       "Merge articles of several pages and add them to the table wxPrinter")) {
         declared().add_option("--source", source_, "Crawl database [[Paths] multiDb]")->type_name("DB");
         declared().add_option("--source-table", sourceTable_, "Its table [[Articles] multiTable]")->type_name("NAME");
-        auto* server = declared().add_option("--server", server_, "SQL Server that has the database wxDB");
-        server->type_name("HOST");
-        declared()
-            .add_option("--connection", connection_,
-                        "Connection string of any database, or the path of an .mdb file [[SqlServer]]")
-            ->type_name("TEXT")
-            ->excludes(server);
+        sink_.emplace(declared());
         declared().footer(
             "[Articles] siteAPrefix is the address before the articles' own names; page 2 of NAME.htm is\n"
             "NAMEp2.htm. Each run takes the first 10 articles of the table and clears blnPass, sT and sC\n"
@@ -37,14 +32,14 @@ public:
                       [this](jobs::Context& context, jobs::JobHost& host, jobs::JobSummary& summary) {
                           jobs::importMultipageArticles({.source = platform::fromUtf8(source_),
                                                          .sourceTable = platform::fromUtf8(sourceTable_),
-                                                         .sink = {.connection = platform::fromUtf8(connection_),
-                                                                  .server = platform::fromUtf8(server_)}},
+                                                         .sink = sink_->chosen()},
                                                         context, host, summary);
                       });
     }
 
 private:
-    std::string source_, sourceTable_, server_, connection_;
+    std::string source_, sourceTable_;
+    std::optional<SinkArguments> sink_; ///< declared where the help is to show it
 };
 
 } // namespace

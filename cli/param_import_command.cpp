@@ -2,6 +2,7 @@
 
 #include "cli/commands.h"
 #include "cli/job_run.h"
+#include "cli/sink_arguments.h"
 #include "platform/utf8.h"
 
 namespace kelb::cli {
@@ -23,13 +24,7 @@ public:
             .add_option("--lan-folder", lanFolder_, "With --source: folder that holds the page files")
             ->type_name("DIR");
         declared().add_flag("--save", save_, "Store what is found; without it the job only shows it");
-        auto* server = declared().add_option("--server", server_, "SQL Server that has the database wxDB");
-        server->type_name("HOST");
-        declared()
-            .add_option("--connection", connection_,
-                        "Connection string of any database, or the path of an .mdb file [[SqlServer]]")
-            ->type_name("TEXT")
-            ->excludes(server);
+        sink_.emplace(declared());
         declared().footer(
             "A name that wxKnowledge holds already is not stored again. A walk over a folder goes on where\n"
             "the last one stood, kept in the folder's CounterResp.txt: see kelb counter. That place moves on\n"
@@ -50,15 +45,15 @@ public:
                           options.folder = platform::fromUtf8(folder_);
                           options.source = platform::fromUtf8(source_);
                           options.sourceTable = platform::fromUtf8(table_);
-                          options.sink = {.connection = platform::fromUtf8(connection_),
-                                          .server = platform::fromUtf8(server_)};
+                          options.sink = sink_->chosen();
                           options.saves = [this] { return save_; };
                           jobs::importParameters(options, context, host, summary);
                       });
     }
 
 private:
-    std::string folder_, source_, table_, server_, connection_;
+    std::string folder_, source_, table_;
+    std::optional<SinkArguments> sink_; ///< declared where the help is to show it
     std::optional<std::string> lanFolder_;
     bool save_ = false;
 };
