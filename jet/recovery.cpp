@@ -102,7 +102,7 @@ public:
         }
         for (std::size_t i = 0; i < found.tables.size(); ++i)
             if (definitions[i])
-                saveTable(found.tables[i], *std::move(definitions[i]));
+                saveTable(found.tables[i], *definitions[i]);
         return counts_;
     }
 
@@ -157,7 +157,7 @@ private:
         name = std::move(made);
     }
 
-    void saveTable(const FoundTable& found, TableDefinition definition) {
+    void saveTable(const FoundTable& found, const TableDefinition& definition) {
         try {
             const TableTransfer transfer(definition, target_.sortOrder(), TableTransfer::Orders::Replaced);
             for (const TableTransfer::Note& note : transfer.notes())
