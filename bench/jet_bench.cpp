@@ -48,6 +48,10 @@ private:
     std::clock_t cpu_;
 };
 
+std::u16string urlOf(std::size_t row) {
+    return u"http://forum.example/thread-" + platform::number(static_cast<long long>(row)) + u"-1-1.html";
+}
+
 /// 5,000 characters, two thirds Chinese as in real articles.
 std::u16string memoOf(std::size_t row) {
     constexpr std::size_t kCharacters = 5000;
@@ -79,7 +83,7 @@ void write(platform::Platform& platform, std::u16string_view path, std::size_t r
     jet::Table& table = database->createTable(definition);
     std::vector<jet::Value> values(3);
     for (std::size_t row = 0; row < rows; ++row) {
-        values[1] = u"http://forum.example/thread-" + platform::number(static_cast<long long>(row)) + u"-1-1.html";
+        values[1] = urlOf(row);
         values[2] = memos[row % memos.size()];
         table.insert(values);
     }
@@ -120,10 +124,6 @@ void open(platform::Platform& platform, std::u16string_view path) {
     const Stopwatch watch(platform.clock);
     auto database = jet::Database::open(platform, path, {});
     watch.report("open", database->table(u"wxAll").rowCount());
-}
-
-std::u16string urlOf(std::size_t row) {
-    return u"http://forum.example/thread-" + platform::number(static_cast<long long>(row)) + u"-1-1.html";
 }
 
 /// What a job holds of a database.

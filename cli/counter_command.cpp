@@ -1,4 +1,5 @@
 #include "cli/commands.h"
+#include "platform/file_failures.h"
 #include "platform/path_map.h"
 #include "platform/text.h"
 #include "platform/utf8.h"
@@ -27,7 +28,7 @@ protected:
     std::u16string base(platform::FileSystem& files) const {
         std::u16string folder = platform::fromUtf8(folder_);
         if (!files.folderExists(folder)) {
-            throw platform::FileError(platform::FileError::Kind::NotFound, "look for", folder, 0, "no such folder");
+            throw platform::notFound("look for", folder);
         }
         return platform::joinPath(folder, u"");
     }

@@ -26,17 +26,13 @@ public:
         const std::u16string target = platform::fromUtf8(target_);
         const auto source = program.context().databases().openDatabase(path(), jet::Pager::Access::Read);
         CopyHost host(program, std::cerr, nullptr);
-        try {
+        return copyUnlessStopped(host, [&]() -> int {
             const jet::CopyCounts counts = jet::compactDatabase(program.platform(), *source, target, host);
             host.finish();
             std::cout << copySummary(target, counts) << "; " << bytesOf(program, path()) << " bytes became "
                       << bytesOf(program, target) << '\n';
             return kDone;
-        } catch (const CopyStopped&) {
-            host.finish();
-            std::cerr << "stopped; nothing was written\n";
-            return kStopped;
-        }
+        });
     }
 
 private:

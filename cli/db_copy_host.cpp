@@ -1,10 +1,11 @@
 #include "cli/db_copy_host.h"
 
+#include "cli/command.h"
 #include "jobs/row_text.h"
 #include "platform/utf8.h"
 
 #include <algorithm>
-#include <ostream>
+#include <iostream>
 
 namespace kelb::cli {
 namespace {
@@ -87,6 +88,16 @@ void CopyHost::lost(const jet::Loss& loss) {
 
 void CopyHost::told(std::u16string_view table, std::string_view what) {
     print("table " + platform::toUtf8(table) + ": " + std::string(what));
+}
+
+int copyUnlessStopped(CopyHost& host, const std::function<int()>& copy) {
+    try {
+        return copy();
+    } catch (const CopyStopped&) {
+        host.finish();
+        std::cerr << "stopped; nothing was written\n";
+        return kStopped;
+    }
 }
 
 std::string copySummary(std::u16string_view target, const jet::CopyCounts& counts) {

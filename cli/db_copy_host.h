@@ -5,6 +5,7 @@
 #include "jet/recovery.h"
 #include "platform/interrupt.h"
 
+#include <functional>
 #include <iosfwd>
 #include <string>
 #include <string_view>
@@ -36,6 +37,9 @@ private:
     std::ostream* report_;
     ProgressLine progress_;
 };
+
+/// Runs the copying to its exit status; one that Ctrl-C ended is told.
+[[nodiscard]] int copyUnlessStopped(CopyHost& host, const std::function<int()>& copy);
 
 /// "OUT: 3 tables, 1200 rows, 4 indexes".
 [[nodiscard]] std::string copySummary(std::u16string_view target, const jet::CopyCounts& counts);

@@ -38,7 +38,7 @@ public:
             report.emplace(program.platform().files, platform::fromUtf8(report_));
         }
         CopyHost host(program, std::cerr, report ? &*report : nullptr);
-        try {
+        return copyUnlessStopped(host, [&]() -> int {
             const jet::RecoveryCounts counts = jet::recoverDatabase(program.platform(), path(), target, host);
             host.finish();
             if (report) {
@@ -48,11 +48,7 @@ public:
             std::cout << copySummary(target, counts) << "; lost: " << counts.pagesLost << " pages, " << counts.rowsLost
                       << " rows, " << counts.fieldsLost << " fields, " << counts.otherLosses << " other\n";
             return counts.everything() ? kDone : kFailed;
-        } catch (const CopyStopped&) {
-            host.finish();
-            std::cerr << "stopped; nothing was written\n";
-            return kStopped;
-        }
+        });
     }
 
 private:

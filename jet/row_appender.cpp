@@ -14,7 +14,7 @@ RowAppender::RowAppender(Database& database, Table& table)
       highest_(table.lastAutonumber()) {
     requireConsistent(definition_);
     for (std::size_t i = 0; i < definition_.columns.size(); ++i)
-        if (const Column& column = definition_.columns[i]; column.isAutonumber() && column.type == ColumnType::Long)
+        if (definition_.columns[i].isAutonumber())
             autonumber_ = i;
 }
 

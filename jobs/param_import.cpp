@@ -66,14 +66,11 @@ public:
         const auto pages = options_.mode == LoopMode::Folder ? pagesOfFolder(folder_, context_, host_)
                                                              : pagesOfRows(sourceRows_, context_, host_);
         walk(*pages);
-        dest_.flush();
-        pages->keepPlace();
+        keep(*pages);
         pages->finish(summary_);
         knowledge_.Close();
         dest_.Close();
-        if (sourceRows_.State() == ado::ObjectState::Open) {
-            sourceRows_.Close();
-        }
+        sourceRows_.Close();
         source_.Close();
         host_.message(kProgramTitle, u"完成了参数的提取");
     }
@@ -126,13 +123,17 @@ private:
             }
             ++summary_.rows;
             take(pages, state);
-            // First the rows, then the place behind them.
             if (const double now = clock.steadySeconds(); now - kept >= kSecondsBetweenKeeping) {
-                dest_.flush();
-                pages.keepPlace();
+                keep(pages);
                 kept = now;
             }
         }
+    }
+
+    /// First the rows, then the place behind them.
+    void keep(ProductPages& pages) {
+        dest_.flush();
+        pages.keepPlace();
     }
 
     void take(const ProductPages& pages, ProductPages::State state) {

@@ -1,9 +1,9 @@
 #include "app/Form1.h"
 #include "app/job_buttons.h"
 #include "app/job_contexts.h"
-#include "platform/text.h"
 #include "tests/app/window_fixture.h"
 #include "tests/jobs/article_fixture.h"
+#include "tests/jobs/product_fixture.h"
 
 #include <gmock/gmock.h>
 
@@ -92,11 +92,7 @@ TEST_F(FormArticles, Command13MergesIntoTheDatabaseOfTheSettings) {
 }
 
 TEST_F(FormArticles, Command5TakesPagesFromTheSourcesFolderOrItsRows) {
-    std::u16string fields = u"url varchar(255), TVCode varchar(255), TVName varchar(255)";
-    for (int i = 1; i <= 10; ++i) {
-        fields += u", param" + platform::number(i) + u" varchar(255)";
-    }
-    execute(kDest, {u"create table wxKnowledge (" + fields + u")"});
+    execute(kDest, {u"create table wxKnowledge (" + jobs::knowledgeFields() + u")"});
     const auto page = [](const std::string& name) {
         return "<title>" + name + "</title><table><th>\xD6\xF7\xCC\xE5\xB2\xCE\xCA\xFD</th>" + std::string(200, ' ');
     };

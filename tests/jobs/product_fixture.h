@@ -8,6 +8,15 @@
 
 namespace kelb::jobs {
 
+/// The fields of wxKnowledge; code and name as wide as told.
+inline std::u16string knowledgeFields(const std::u16string& width = u"255") {
+    std::u16string fields = u"url varchar(255), TVCode varchar(" + width + u"), TVName varchar(" + width + u")";
+    for (int i = 1; i <= 10; ++i) {
+        fields += u", param" + platform::number(i) + u" varchar(255)";
+    }
+    return fields;
+}
+
 /// Product pages in numbered sub-folders.
 class ProductTest : public JobTest {
 protected:
@@ -18,11 +27,7 @@ protected:
     }
 
     void createKnowledge(std::u16string_view path) {
-        std::u16string fields = u"url varchar(255), TVCode varchar(255), TVName varchar(255)";
-        for (int i = 1; i <= 10; ++i) {
-            fields += u", param" + platform::number(i) + u" varchar(255)";
-        }
-        execute(path, {u"create table wxKnowledge (" + fields + u")"});
+        execute(path, {u"create table wxKnowledge (" + knowledgeFields() + u")"});
     }
 
     using Parameters = std::vector<std::pair<std::u16string, std::u16string>>;

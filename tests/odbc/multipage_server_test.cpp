@@ -2,7 +2,7 @@
 
 #include "ado/error.h"
 #include "tests/jobs/article_fixture.h"
-#include "tests/odbc/postgres_server.h"
+#include "tests/odbc/server_jobs.h"
 
 #include <gmock/gmock.h>
 
@@ -15,12 +15,9 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 
 /// Pages in an Access file, articles on a server.
-class MultipageServer : public ArticleTest {
+class MultipageServer : public ServerJob<ArticleTest> {
 protected:
-    static constexpr std::u16string_view kServer = u"127.0.0.1";
-
     MultipageServer() {
-        PostgresServer::shared();
         execute(kSource, {u"alter table bbsforum add pagenum short", u"alter table bbsforum add blnPass yesno"});
         onServer([](ado::Connection& server) {
             server.Execute(u"drop table if exists wxPrinter");
@@ -29,13 +26,6 @@ protected:
         });
     }
 
-    void onServer(const std::function<void(ado::Connection&)>& work) {
-        auto at = platformOf(files);
-        ado::Environment environment(at, {});
-        ado::Connection server(environment);
-        server.Open(wxDbConnectionString(kServer));
-        work(server);
-    }
     std::vector<std::string> stored() {
         std::vector<std::string> lines;
         onServer([&](ado::Connection& server) {

@@ -2,42 +2,27 @@
 
 #include "ado/error.h"
 #include "tests/jobs/product_fixture.h"
-#include "tests/odbc/postgres_server.h"
+#include "tests/odbc/server_jobs.h"
 
 #include <gmock/gmock.h>
 
 namespace kelb::jobs {
 namespace {
 
-using ado::testing::PostgresServer;
 using platform::toUtf8;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
 /// Product pages of a folder, the knowledge table on a server.
-class ParamServer : public ProductTest {
+class ParamServer : public ServerJob<ProductTest> {
 protected:
-    static constexpr std::u16string_view kServer = u"127.0.0.1";
-
     ParamServer() {
-        PostgresServer::shared();
         onServer([](ado::Connection& server) {
             server.Execute(u"drop table if exists wxKnowledge");
-            std::u16string fields = u"url varchar(255), TVCode varchar(50), TVName varchar(50)";
-            for (int i = 1; i <= 10; ++i) {
-                fields += u", param" + platform::number(i) + u" varchar(255)";
-            }
-            server.Execute(u"create table wxKnowledge (" + fields + u")");
+            server.Execute(u"create table wxKnowledge (" + knowledgeFields(u"50") + u")");
         });
     }
 
-    void onServer(const std::function<void(ado::Connection&)>& work) {
-        auto at = platformOf(files);
-        ado::Environment environment(at, {});
-        ado::Connection server(environment);
-        server.Open(wxDbConnectionString(kServer));
-        work(server);
-    }
     std::string stored() {
         std::string lines;
         onServer([&](ado::Connection& server) {
