@@ -3,6 +3,7 @@
 #include "app/form_texts.h"
 #include "app/qt_text.h"
 #include "app/remembered_fields.h"
+#include "app/results_browser.h"
 #include "app/run_options_menu.h"
 #include "app/summary_text.h"
 #include "app/template_windows.h"
@@ -38,6 +39,7 @@ Form1::Form1(Parts parts) : parts_(std::move(parts)), ui_(std::make_unique<Ui::F
     statusBar()->addWidget(status_, 1);
     ui_->SSTab1->setTabText(0, texts::shown(texts::kTabJobs));
     ui_->SSTab1->setTabText(1, texts::shown(texts::kTabSpare));
+    addTabs();
     ui_->Text1->setHolds(PathField::Holds::Folder);
     ui_->Text2->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     ui_->Splitter->setSizes({600, 560});
@@ -72,6 +74,19 @@ Form1::Form1(Parts parts) : parts_(std::move(parts)), ui_(std::make_unique<Ui::F
     showSummary(QString());
     resize(size().boundedTo(screen()->availableSize()));
     say(texts::shown(texts::kReady));
+}
+
+/// What stands between the tab of the jobs and the spare one, in this order.
+void Form1::addTabs() {
+    addTab(*new ResultsBrowser({.contexts = parts_.contexts,
+                                .dialogs = parts_.dialogs,
+                                .destination = [this] { return fromQt(ui_->Text3->text()); }}),
+           texts::kTabResults);
+}
+
+/// The tab control owns the tab from now on.
+void Form1::addTab(QWidget& tab, const char* title) {
+    ui_->SSTab1->insertTab(ui_->SSTab1->indexOf(ui_->TabSpare), &tab, texts::shown(title));
 }
 
 Form1::~Form1() {

@@ -64,6 +64,8 @@ private:
     void connectFields();
     void connectMenus();
     void connectJobs();
+    void addTabs();
+    void addTab(QWidget& tab, const char* title);
     void Check1_Click();
     void press(const JobButton& job);
     void run(const JobButton& job, const QString& caption);

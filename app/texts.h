@@ -145,7 +145,11 @@ inline constexpr JobText kJobs[] = {
 
 inline constexpr char kApplication[] = KELB_TEXT("网页内容提取");
 inline constexpr char kTabJobs[] = KELB_TEXT("提取");
+inline constexpr char kTabResults[] = KELB_TEXT("结果");
 inline constexpr char kTabSpare[] = KELB_TEXT("备用");
+
+// The tab of results.
+inline constexpr char kResultsDatabase[] = KELB_TEXT("数据库(&A)");
 
 // The status line.
 inline constexpr char kReady[] = KELB_TEXT("就绪");

@@ -17,6 +17,7 @@ kelb_library(kelb_window
         app/progress_meter.cpp
         app/program.cpp
         app/remembered_fields.cpp
+        app/results_browser.cpp
         app/run_options_menu.cpp
         app/start_options.cpp
         app/summary_text.cpp
