@@ -309,7 +309,7 @@ void ExtractorWindow::showPhase(std::u16string_view text) {
     pending_.phase = text;
 }
 
-void ExtractorWindow::rowDone(TemplateRow row) {
+void ExtractorWindow::rowDone(TemplateRow row, std::u16string_view) {
     ++rowCounts_[static_cast<std::size_t>(row)];
 }
 

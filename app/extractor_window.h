@@ -63,7 +63,7 @@ private:
     void showBody(std::u16string_view body) override;
     void showResult(std::u16string_view text) override;
     void showPhase(std::u16string_view text) override;
-    void rowDone(extract::TemplateRow row) override;
+    void rowDone(extract::TemplateRow row, std::u16string_view url) override;
     bool interrupted() override;
     bool slow() override;
     void switchTimer(bool on) override;

@@ -1,5 +1,7 @@
 #include "app/summary_text.h"
 
+#include "jobs/row_reasons.h"
+
 #include <QLocale>
 #include <QStringList>
 
@@ -9,6 +11,14 @@
 namespace kelb::app {
 namespace {
 
+constexpr bool everyReasonHasAWord() {
+    return std::ranges::all_of(jobs::kRowReasons, [](const jobs::RowReason& reason) {
+        return std::ranges::any_of(texts::kSummaryWords,
+                                   [&](const texts::ObjectText& word) { return reason.name == word.object; });
+    });
+}
+static_assert(everyReasonHasAWord());
+
 /// A word that the tables do not know is shown as it is.
 QString wordText(const std::string& word) {
     const auto* known = std::ranges::find_if(
@@ -16,9 +26,9 @@ QString wordText(const std::string& word) {
     return known == std::end(texts::kSummaryWords) ? QString::fromStdString(word) : texts::shown(known->text);
 }
 
-QString reasonsOf(const jobs::JobSummary& summary) {
+QString reasonsOf(const jobs::JobSummary& summary, jobs::RowFate fate) {
     QStringList reasons;
-    for (const auto& [reason, rows] : summary.skippedBecause) {
+    for (const auto& [reason, rows] : summary.because(fate)) {
         reasons += u"%1 %2"_qs.arg(wordText(reason)).arg(rows);
     }
     return reasons.isEmpty() ? QString()
@@ -37,8 +47,8 @@ QString summaryText(const jobs::JobSummary& summary, const texts::JobText* job) 
         }
     };
     add(texts::kSummarySaved, summary.saved);
-    add(texts::kSummarySkipped, summary.skipped, reasonsOf(summary));
-    add(texts::kSummaryFailed, summary.failed);
+    add(texts::kSummarySkipped, summary.skipped, reasonsOf(summary, jobs::RowFate::Skipped));
+    add(texts::kSummaryFailed, summary.failed, reasonsOf(summary, jobs::RowFate::Failed));
     add(texts::kSummaryDeletedRows, summary.deletedRows);
     add(texts::kSummaryDeletedFiles, summary.deletedFiles);
     add(texts::kSummaryOverflow, summary.overflowFiles);

@@ -7,11 +7,11 @@
 namespace kelb::cli {
 namespace {
 
-class AddFieldsCommand final : public Command {
+class AddFieldsCommand final : public JobCommand {
 public:
     explicit AddFieldsCommand(CLI::App& kelb)
-        : Command(kelb.add_subcommand(jobs::kAddFieldsJob,
-                                      "Add the columns blnPass, blnPosted, sT and sC to a crawl table")) {
+        : JobCommand(kelb.add_subcommand(jobs::kAddFieldsJob,
+                                         "Add the columns blnPass, blnPosted, sT and sC to a crawl table")) {
         declared()
             .add_option("--db", database_, "Database, which is changed [D:\\KelbFolder\\Comb(LABEL2).mdb]")
             ->type_name("DB");

@@ -7,11 +7,11 @@
 namespace kelb::cli {
 namespace {
 
-class ArticleImportCommand final : public Command {
+class ArticleImportCommand final : public JobCommand {
 public:
     explicit ArticleImportCommand(CLI::App& kelb)
-        : Command(kelb.add_subcommand(jobs::kArticleImportJob,
-                                      "Add one article to wxAll per page of article sites (one page each)")) {
+        : JobCommand(kelb.add_subcommand(jobs::kArticleImportJob,
+                                         "Add one article to wxAll per page of article sites (one page each)")) {
         declared().add_option("--source", source_, "Crawl database [Comb.mdb in [Setup] adultFolder]")->type_name("DB");
         declared().add_option("--source-table", sourceTable_, "Its table [bbsforum]")->type_name("NAME");
         declared().add_option("--dest", dest_, "Database of the articles [[Paths] wxdb]")->type_name("DB");

@@ -7,11 +7,11 @@
 namespace kelb::cli {
 namespace {
 
-class DedupeDestCommand final : public Command {
+class DedupeDestCommand final : public JobCommand {
 public:
     explicit DedupeDestCommand(CLI::App& kelb)
-        : Command(kelb.add_subcommand(jobs::kDedupeDestJob,
-                                      "Keep one row for all addresses that are equal up to their last \"-\"")) {
+        : JobCommand(kelb.add_subcommand(jobs::kDedupeDestJob,
+                                         "Keep one row for all addresses that are equal up to their last \"-\"")) {
         declared().add_option("--dest", dest_, "Database, which is changed [[Paths] wxdb]")->type_name("DB");
         declared().add_option("--table", table_, "The table [wxGG]")->type_name("NAME");
         declared().footer(

@@ -7,11 +7,11 @@
 namespace kelb::cli {
 namespace {
 
-class DedupeSourceCommand final : public Command {
+class DedupeSourceCommand final : public JobCommand {
 public:
     explicit DedupeSourceCommand(CLI::App& kelb)
-        : Command(kelb.add_subcommand(jobs::kDedupeSourceJob,
-                                      "Delete duplicate and unusable pages of bbsforum, rows and page files")) {
+        : JobCommand(kelb.add_subcommand(jobs::kDedupeSourceJob,
+                                         "Delete duplicate and unusable pages of bbsforum, rows and page files")) {
         declared()
             .add_option("--source", source_, "Crawl database, which is changed [Comb.mdb in [Setup] adultFolder]")
             ->type_name("DB");

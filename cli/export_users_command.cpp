@@ -7,11 +7,11 @@
 namespace kelb::cli {
 namespace {
 
-class ExportUsersCommand final : public Command {
+class ExportUsersCommand final : public JobCommand {
 public:
     explicit ExportUsersCommand(CLI::App& kelb)
-        : Command(kelb.add_subcommand(jobs::kExportUsersJob,
-                                      "Write Chinese user names of the table DVUser to TestRec/StoreN.txt")) {
+        : JobCommand(kelb.add_subcommand(jobs::kExportUsersJob,
+                                         "Write Chinese user names of the table DVUser to TestRec/StoreN.txt")) {
         declared().add_option("--db", database_, "Database, which is only read [[Paths] dvUserDb]")->type_name("DB");
         declared().footer("The first 300 rows are read. Without its first line the file can serve as userNames.txt.\n"
                           "Common options: see kelb --help.");

@@ -7,11 +7,11 @@
 namespace kelb::cli {
 namespace {
 
-class FaultMergeCommand final : public Command {
+class FaultMergeCommand final : public JobCommand {
 public:
     explicit FaultMergeCommand(CLI::App& kelb)
-        : Command(kelb.add_subcommand(jobs::kFaultMergeJob,
-                                      "Merge approved repair records about one set code into fault summaries")) {
+        : JobCommand(kelb.add_subcommand(jobs::kFaultMergeJob,
+                                         "Merge approved repair records about one set code into fault summaries")) {
         declared()
             .add_option("--db", database_, "Database, which is changed [D:\\KelbFolder\\Comb(LABEL1).mdb]")
             ->type_name("DB");

@@ -7,11 +7,11 @@
 namespace kelb::cli {
 namespace {
 
-class ForumFillCommand final : public Command {
+class ForumFillCommand final : public JobCommand {
 public:
     explicit ForumFillCommand(CLI::App& kelb)
-        : Command(kelb.add_subcommand(jobs::kForumFillJob,
-                                      "Fill title and body (sT, sC) of the thread pages of bbsforum (channel 40)")) {
+        : JobCommand(kelb.add_subcommand(jobs::kForumFillJob,
+                                         "Fill title and body (sT, sC) of the thread pages of bbsforum (channel 40)")) {
         declared()
             .add_option("--source", source_, "Crawl database, which is changed [[Paths] fillDb]")
             ->type_name("DB");

@@ -7,11 +7,11 @@
 namespace kelb::cli {
 namespace {
 
-class ForumImportCommand final : public Command {
+class ForumImportCommand final : public JobCommand {
 public:
     explicit ForumImportCommand(CLI::App& kelb)
-        : Command(kelb.add_subcommand(jobs::kForumImportJob,
-                                      "Add one article to wxAll per thread of bbsforum (channel 28, pages 1 to 3)")) {
+        : JobCommand(kelb.add_subcommand(
+              jobs::kForumImportJob, "Add one article to wxAll per thread of bbsforum (channel 28, pages 1 to 3)")) {
         declared().add_option("--source", source_, "Crawl database [Comb.mdb in [Setup] adultFolder]")->type_name("DB");
         declared().add_option("--dest", dest_, "Database with the table wxAll [[Paths] wxdb]")->type_name("DB");
         declared()

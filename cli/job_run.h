@@ -1,6 +1,6 @@
 #pragma once
 
-#include "cli/program.h"
+#include "cli/command.h"
 #include "jobs/job_host.h"
 #include "jobs/job_summary.h"
 
@@ -12,9 +12,18 @@ namespace kelb::cli {
 
 using JobBody = std::function<void(jobs::Context&, jobs::JobHost&, jobs::JobSummary&)>;
 
-/// Runs a job on the console: progress, log file, Ctrl-C, and the summary as the last line of standard output, also
-/// when the job ends with an error, which is passed on. `lanFolder`: as --lan-folder gave it; LAN mode is on with it.
-/// Result: exit status.
-int runJob(Program& program, const std::string& name, const std::optional<std::string>& lanFolder, const JobBody& body);
+/// A command that runs a job.
+class JobCommand : public Command {
+protected:
+    explicit JobCommand(CLI::App* declared);
+    /// Runs the job on the console: progress, log file, Ctrl-C, and the summary as the last line of standard output,
+    /// also when the job ends with an error, which is passed on; then the report, if one is asked for. `lanFolder`: as
+    /// --lan-folder gave it; LAN mode is on with it. Result: exit status.
+    int runJob(Program& program, const std::string& name, const std::optional<std::string>& lanFolder,
+               const JobBody& body) const;
+
+private:
+    std::string report_; ///< path of the page; "" when none is asked for
+};
 
 } // namespace kelb::cli

@@ -8,11 +8,11 @@
 namespace kelb::cli {
 namespace {
 
-class MultipageImportCommand final : public Command {
+class MultipageImportCommand final : public JobCommand {
 public:
     explicit MultipageImportCommand(CLI::App& kelb)
-        : Command(kelb.add_subcommand(jobs::kMultipageImportJob,
-                                      "Merge articles of several pages and add them to the table wxPrinter")) {
+        : JobCommand(kelb.add_subcommand(jobs::kMultipageImportJob,
+                                         "Merge articles of several pages and add them to the table wxPrinter")) {
         declared().add_option("--source", source_, "Crawl database [[Paths] multiDb]")->type_name("DB");
         declared().add_option("--source-table", sourceTable_, "Its table [[Articles] multiTable]")->type_name("NAME");
         sink_.emplace(declared());

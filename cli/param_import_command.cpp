@@ -8,11 +8,11 @@
 namespace kelb::cli {
 namespace {
 
-class ParamImportCommand final : public Command {
+class ParamImportCommand final : public JobCommand {
 public:
     explicit ParamImportCommand(CLI::App& kelb)
-        : Command(kelb.add_subcommand(jobs::kParamImportJob,
-                                      "Add model, code and ten parameters of product pages to the table wxKnowledge")) {
+        : JobCommand(kelb.add_subcommand(
+              jobs::kParamImportJob, "Add model, code and ten parameters of product pages to the table wxKnowledge")) {
         auto* folder = declared().add_option(
             "--folder", folder_, "Folder whose sub-folders 0, 1, 2 … hold the page files [[Params] shareFolder]");
         folder->type_name("DIR");

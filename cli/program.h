@@ -34,6 +34,8 @@ public:
     const CommonOptions& options() const noexcept { return options_; }
     jobs::Context& context() noexcept { return *context_; }
     platform::Platform& platform() noexcept { return context_->platform(); }
+    /// The system's files, which a dry run does not lie over: for what the user asks for beside the job.
+    platform::FileSystem& disk() noexcept { return *disk_; }
 
 private:
     jobs::Configuration readSettings(const std::u16string& applicationFolder) const;

@@ -7,11 +7,11 @@
 namespace kelb::cli {
 namespace {
 
-class TemplateExtractCommand final : public Command {
+class TemplateExtractCommand final : public JobCommand {
 public:
     explicit TemplateExtractCommand(CLI::App& kelb)
-        : Command(kelb.add_subcommand(jobs::kTemplateExtractJob,
-                                      "Learn a site's boilerplate lines and save what is left of its pages")) {
+        : JobCommand(kelb.add_subcommand(jobs::kTemplateExtractJob,
+                                         "Learn a site's boilerplate lines and save what is left of its pages")) {
         declared()
             .add_option("--source", source_, "Crawl database with the table bbsforum [Comb.mdb in [Setup] adultFolder]")
             ->type_name("DB");

@@ -7,10 +7,10 @@
 namespace kelb::cli {
 namespace {
 
-class UndoCommand final : public Command {
+class UndoCommand final : public JobCommand {
 public:
     explicit UndoCommand(CLI::App& kelb)
-        : Command(kelb.add_subcommand(jobs::kUndoJob, "Put back what jobs have moved to the trash")) {
+        : JobCommand(kelb.add_subcommand(jobs::kUndoJob, "Put back what jobs have moved to the trash")) {
         declared().add_option("--run", run_, "Only this run: the name of its folder in the trash")->type_name("NAME");
         declared().footer("--trash DIR names the trash, or the folder of one run [[Safety] trash].\n"
                           "The newest run is undone first: files go to their old places, rows into their tables with\n"

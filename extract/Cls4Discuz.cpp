@@ -61,7 +61,7 @@ Floors cutFloors(std::u16string_view html) {
 bool cutFloors(std::u16string_view html, Floors& floors, std::u16string& sReason) {
     floors = cutFloors(html);
     if (html.find(kFloorMarker) == html.npos) {
-        addReason(sReason, u"无楼层标志!");
+        addReason(sReason, kNoFloorMark);
     }
     if (floors.counted >= kFewestFloors) {
         return true;
@@ -171,7 +171,7 @@ std::u16string Cls4Discuz::killBeginGR(std::u16string_view text) {
 std::u16string Cls4Discuz::extDiscuzPageContent(std::u16string_view html, std::u16string& sReason, ThreadPage page) {
     Floors floors;
     if (!cutFloors(html, floors, sReason)) {
-        addReason(sReason, u"split2Floors失败!");
+        addReason(sReason, kNotAThread);
         return {};
     }
     std::u16string body;

@@ -13,6 +13,10 @@ namespace kelb::extract {
 /// Which page of its thread is looked at: only the first one holds the thread starter's post.
 enum class ThreadPage { First, Later };
 
+// Entries of a reason that tell why a page is no thread.
+inline constexpr std::u16string_view kNoFloorMark = u"无楼层标志!";
+inline constexpr std::u16string_view kNotAThread = u"split2Floors失败!";
+
 /// Cuts title and article body out of one stored page of a Discuz! thread, by marker search (no HTML parser).
 /// Texts are UTF-16; lengths count code units. A page without its markers is not an error: the result is "" and
 /// sReason gains entries, each with "|" in front, behind what it already holds (ClsSmart's judgements come in front).

@@ -71,23 +71,23 @@ std::int32_t FrmExtractor::extContent() {
     }
     parts_.rsSource.MoveNext();
     parts_.destination.flushIfDue();
-    view_.rowDone(became);
+    view_.rowDone(became, url_);
     return became == TemplateRow::WarmUp ? -1 : static_cast<std::int32_t>(content_.size());
 }
 
 TemplateRow FrmExtractor::extractRow() {
-    const std::u16string url = parts_.rsSource.text(u"url");
+    url_ = parts_.rsSource.text(u"url");
     const std::u16string path = parts_.rsSource.text(u"content");
     readBody(path);
     const std::u16string length = platform::number(static_cast<long long>(content_.size()));
     if (content_.size() < kShortestBody) {
-        view_.showResult(u"内容过少! " + length + u" " + url);
+        view_.showResult(u"内容过少! " + length + u" " + url_);
         return page_.empty() ? TemplateRow::NoPageFile : TemplateRow::TooShort;
     }
-    view_.showResult(u"正常提取! " + length + u" " + url);
+    view_.showResult(u"正常提取! " + length + u" " + url_);
     view_.showPath(path);
     view_.showBody(content_);
-    const TemplateRow became = useBody(url);
+    const TemplateRow became = useBody(url_);
     ++longPages_;
     return became;
 }

@@ -34,10 +34,11 @@ public:
     virtual void showBody(std::u16string_view body) = 0;    ///< `Text1`
     virtual void showResult(std::u16string_view text) = 0;  ///< `Label2`
     virtual void showPhase(std::u16string_view text) = 0;   ///< `Label1`
-    virtual void rowDone(TemplateRow row) = 0;              ///< after each row, whatever became of it
-    virtual bool interrupted() = 0;                         ///< `Check1`
-    virtual bool slow() = 0;                                ///< `Check2`
-    virtual void switchTimer(bool on) = 0;                  ///< `Timer1`
+    /// After each row, whatever became of it. `url`: its address.
+    virtual void rowDone(TemplateRow row, std::u16string_view url) = 0;
+    virtual bool interrupted() = 0;        ///< `Check1`
+    virtual bool slow() = 0;               ///< `Check2`
+    virtual void switchTimer(bool on) = 0; ///< `Timer1`
     virtual void message(std::u16string_view title, std::u16string_view text) = 0;
 };
 
@@ -93,7 +94,7 @@ private:
     ClsWebExtractor extractor_;
     std::int32_t longPages_ = 0;
     bool ticking_ = false;
-    std::u16string page_, title_, content_; ///< of the current row
+    std::u16string url_, page_, title_, content_; ///< of the current row
 };
 
 } // namespace kelb::extract

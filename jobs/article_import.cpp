@@ -8,6 +8,7 @@
 #include "jobs/job_error.h"
 #include "jobs/overflow_files.h"
 #include "jobs/row_loop.h"
+#include "jobs/row_reasons.h"
 #include "jobs/stored_page.h"
 #include "jobs/table_check.h"
 #include "platform/clock.h"
@@ -65,12 +66,13 @@ private:
         urlField_ = pages_.fieldIndex(u"url");
         contentField_ = pages_.fieldIndex(u"content");
         hasChannel_ = pages_.hasField(u"cid");
+        summary_.source = {sourcePath_, options_.sourceTable, u"url"};
     }
 
     void importPage() {
         pages_.text(urlField_, url_);
         if (const ArticleSite* site = sites_.of(platform::lowerCase(url_)); site != nullptr && !extract(*site)) {
-            ++summary_.failed;
+            summary_.fail(failure_, url_, reason_);
             host_.log(failureLine(summary_.failed, url_, reason_));
             return;
         }
@@ -104,6 +106,7 @@ private:
             reason_ += u"|";
         }
         reason_ += bodyReason;
+        failure_ = hasTitle ? kNoBody : hasBody ? kNoTitle : kNoTitleNorBody;
         return hasTitle && hasBody;
     }
 
@@ -126,7 +129,7 @@ private:
         if (body_.size() >= kBodyEnd) {
             OverflowFiles(context_.storeKeeper(), context_.platform(), summary_)
                 .write(body_ + u"\r\n\r\n", u"", {url_, title_}, host_);
-            summary_.skip(kOverLong);
+            summary_.skip(kOverLong, url_);
             return;
         }
         articles_.AddNew();
@@ -136,7 +139,7 @@ private:
         articles_.set(u"sC", body_);
         articles_.set(u"recTime", ado::fromDateTime(context_.platform().clock.now()));
         articles_.Update();
-        ++summary_.saved;
+        summary_.save(url_);
     }
 
     const ArticleImportOptions& options_;
@@ -151,6 +154,7 @@ private:
     extract::Cls4Article extractor_;
     std::size_t urlField_ = 0, contentField_ = 0;
     bool hasChannel_ = false;
+    std::string_view failure_; // of the last extraction that failed
     std::u16string url_, content_, reason_, title_, body_;
 };
 

@@ -5,6 +5,7 @@
 #include "jobs/forum_pages.h"
 #include "jobs/page_keys.h"
 #include "jobs/row_loop.h"
+#include "jobs/row_reasons.h"
 #include "jobs/table_check.h"
 #include "platform/text.h"
 
@@ -36,6 +37,7 @@ void dedupeDest(const DedupeDestOptions& options, Context& context, JobHost& hos
     rows.Open(u"select * from " + table + u" order by recTime desc", dest, ado::CursorType::Keyset,
               ado::LockType::Optimistic);
     const std::size_t urlField = rows.fieldIndex(u"url"), total = rows.RecordCount();
+    summary.source = {path, table, u"url"};
     const std::unique_ptr<Disposal> disposal = context.disposal(kDedupeDestJob);
     std::unordered_set<std::u16string> seen;
     std::u16string url;
@@ -47,11 +49,11 @@ void dedupeDest(const DedupeDestOptions& options, Context& context, JobHost& hos
              host, summary, [&](std::size_t i) {
                  rows.text(urlField, url); // Null counts as ""
                  if (seen.emplace(frontToLastDash(url)).second) {
-                     summary.skip(kKept);
+                     summary.skip(kKept, url);
                  } else {
                      disposal->deleteRow(rows, {path, table});
                      ++summary.deletedRows;
-                     summary.skip("duplicate");
+                     summary.skip(kDuplicate, url);
                  }
                  host.showProgress(label(summary), i, total);
              });

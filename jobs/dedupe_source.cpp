@@ -6,6 +6,7 @@
 #include "jobs/job_error.h"
 #include "jobs/page_keys.h"
 #include "jobs/row_loop.h"
+#include "jobs/row_reasons.h"
 #include "jobs/table_check.h"
 #include "platform/file_system.h"
 #include "platform/text.h"
@@ -84,6 +85,7 @@ private:
         urlField_ = rows_.fieldIndex(u"url");
         contentField_ = rows_.fieldIndex(u"content");
         total_ = rows_.RecordCount();
+        summary_.source = {sourcePath_, std::u16string(kForumTable), u"url"};
     }
 
     /// A share that is offline makes every page file look missing, and would empty the table. False at a stop.
@@ -134,14 +136,14 @@ private:
             host_.showProgress(u"id: " + id_, i, total_);
         }
         path_ = pagePath();
-        const bool hasUrl = rows_.text(urlField_, url_);
+        hasUrl_ = rows_.text(urlField_, url_);
         hasFile_ = disk_.fileExists(path_);
-        if (!hasUrl) {
-            remove(u"IsNull(RS001(\"url\")) = Ttur", "nullUrl"); // the text is known so, slip of the pen included. Kept
+        if (!hasUrl_) {
+            remove(u"IsNull(RS001(\"url\")) = Ttur", kNullUrl); // the text is known so, slip of the pen included. Kept
         } else if (!hasFile_) {
             remove(u"文件未找到: " + path_, kNoPageFile);
         } else if (url_.empty()) {
-            remove(u"URL Field is blank.", "blankUrl");
+            remove(u"URL Field is blank.", kBlankUrl);
         } else {
             judge();
         }
@@ -152,17 +154,17 @@ private:
         ++siteRows_[static_cast<std::size_t>(site)];
         const auto key = PageKeys::keyOf(url_, site);
         if (!key) {
-            remove(u"不符合格式：*thread*-[1-9]-*  Url: " + url_, "notAThreadPage");
+            remove(u"不符合格式：*thread*-[1-9]-*  Url: " + url_, kNotAThreadPage);
             return;
         }
         const auto registered = registered_.find(std::u16string(*key));
         if (registered != registered_.end()) {
             compare(registered->second);
         } else if (keys_.isRouter(url_)) {
-            remove(u"网络无法访问时，跳转到路由器页面。", "routerPage");
+            remove(u"网络无法访问时，跳转到路由器页面。", kRouterPage);
         } else {
             registered_.emplace(*key, Registered{path_, id_, std::nullopt});
-            summary_.skip(kKept);
+            summary_.skip(kKept, url_);
         }
     }
 
@@ -175,9 +177,9 @@ private:
         }
         std::u16string title = pages_.title(path_);
         if (title == *old.title) {
-            remove(u"重复: " + url_, "duplicate");
+            remove(u"重复: " + url_, kDuplicate);
         } else if (isBlocked(title)) {
-            remove(u"标题不合格: " + title, "blockedTitle");
+            remove(u"标题不合格: " + title, kBlockedTitle);
         } else if (isBlocked(*old.title) || title.size() > old.title->size() + kClearlyLonger) {
             const std::u16string entry = u"O: kill " + *old.title + u"\r\nN: " + title + u"\r\n\r\n";
             if (disk_.fileExists(old.path)) {
@@ -185,10 +187,10 @@ private:
             }
             old = {path_, id_, std::move(title)};
             host_.log(entry);
-            summary_.skip(kKept);
+            summary_.skip(kKept, url_);
         } else {
             host_.log(u"O: " + *old.title + u"\r\nN: kill " + title + u"\r\n\r\n");
-            remove(u"重复（标题不同）: " + url_, "duplicateWithOtherTitle");
+            remove(u"重复（标题不同）: " + url_, kDuplicateWithOtherTitle);
         }
     }
 
@@ -198,7 +200,7 @@ private:
         }
         disposal_->deleteRow(rows_, {sourcePath_, kForumTable});
         ++summary_.deletedRows;
-        summary_.skip(countedAs);
+        summary_.skip(countedAs, hasUrl_ ? std::u16string_view(url_) : std::u16string_view(id_));
         host_.log(id_ + u" 已删除：" + reason);
     }
 
@@ -222,7 +224,7 @@ private:
     std::unordered_map<std::u16string, Registered> registered_;
     std::array<std::size_t, kSiteCounts.size()> siteRows_{};
     std::u16string id_, url_, storedPath_, path_; ///< of the current row
-    bool hasFile_ = false;
+    bool hasUrl_ = false, hasFile_ = false;
 };
 
 } // namespace

@@ -4,6 +4,7 @@
 #include "jobs/database_paths.h"
 #include "jobs/overflow_files.h"
 #include "jobs/row_loop.h"
+#include "jobs/row_reasons.h"
 #include "jobs/table_check.h"
 #include "platform/code_page.h"
 #include "platform/text.h"
@@ -30,6 +31,7 @@ void exportUsers(const ExportUsersOptions& options, Context& context, JobHost& h
                ado::LockType::ReadOnly);
     const std::size_t nameField = users.fieldIndex(u"userName"), count = users.RecordCount();
     host.message(kProgramTitle, u"共有: " + platform::number(static_cast<long long>(count)) + u" 条");
+    summary.source = {path, std::u16string(kUserTable), u"userName"};
     std::u16string stored, list;
     walkRows({.rows = users,
               .connections = {},
@@ -40,13 +42,13 @@ void exportUsers(const ExportUsersOptions& options, Context& context, JobHost& h
                  users.text(nameField, stored);
                  const std::u16string_view name = platform::trimBlanks(stored);
                  if (name.empty()) {
-                     summary.skip("noName");
+                     summary.skip(kNoName, stored);
                  } else if (!platform::isDoubleByte(name.front())) {
-                     summary.skip("singleByteName");
+                     summary.skip(kSingleByteName, stored);
                  } else {
                      list += name;
                      list += u'|';
-                     ++summary.saved;
+                     summary.save(stored);
                  }
              });
     users.Close();

@@ -2,6 +2,7 @@
 
 #include "ado/connection_string.h"
 #include "jobs/row_loop.h"
+#include "jobs/row_reasons.h"
 #include "jobs/table_check.h"
 #include "platform/text.h"
 
@@ -29,6 +30,7 @@ public:
         records_.Open(candidates_ + u" and blnJoined=false", database_, ado::CursorType::Keyset,
                       ado::LockType::Optimistic);
         total_ = records_.RecordCount();
+        summary_.source = {path_, table_, u"url"};
         walkRows({.rows = records_,
                   .connections = {&database_},
                   .countLine = RowWalk::CountLine::None,
@@ -63,7 +65,7 @@ private:
 
     void mergeRecord(std::size_t i) {
         if (ado::toInteger(records_.value(u"blnPass")).value_or(0) == 0) {
-            summary_.skip("withdrawn"); // as the partner of an earlier record of this run
+            summary_.skip(kWithdrawn, url()); // as the partner of an earlier record of this run
             return;
         }
         // What is shown is the query of the record before. Kept.
@@ -76,12 +78,14 @@ private:
         ado::Recordset partner;
         partner.Open(query_, database_, ado::CursorType::Keyset, ado::LockType::Optimistic);
         if (partner.Eof()) {
-            summary_.skip("noPartner");
+            summary_.skip(kNoPartner, url());
             return;
         }
         merge(partner, code);
-        ++summary_.saved;
+        summary_.save(url());
     }
+
+    std::u16string url() { return records_.text(u"url"); }
 
     void merge(ado::Recordset& partner, const std::u16string& code) {
         std::u16string text = u"故障一：" + records_.text(u"sT") + u"<br>\r\n" + records_.text(u"sC") + u"<P>\r\n";

@@ -4,6 +4,7 @@
 #include "jobs/database_paths.h"
 #include "jobs/forum_pages.h"
 #include "jobs/row_loop.h"
+#include "jobs/row_reasons.h"
 #include "jobs/table_check.h"
 #include "platform/text.h"
 
@@ -50,11 +51,13 @@ private:
                       source_, ado::CursorType::Keyset, ado::LockType::Optimistic);
         urlField_ = threads_.fieldIndex(u"url");
         contentField_ = threads_.fieldIndex(u"content");
+        summary_.source = {sourcePath_, std::u16string(kForumTable), u"url"};
     }
 
     void fillRow() {
         const PageLocation location = host_.pages();
         lanModeSeen_ = lanModeSeen_ || location.lanMode;
+        threads_.text(urlField_, url_);
         threads_.text(contentField_, storedPath_);
         const std::u16string path = PageFiles::path(location, storedPath_);
         // A missing file is a page without content: it fails below like any other page without a body.
@@ -63,23 +66,22 @@ private:
         const std::u16string title = pages_.title(page_, reason_);
         const std::u16string body = pages_.content(page_, reason_, ThreadPage::First);
         if (body.empty()) {
-            fail(path, location);
+            fail(path, location, title);
             return;
         }
         threads_.set(u"sT", title);
         threads_.set(u"sC", body);
         threads_.Update();
-        ++summary_.saved;
+        summary_.save(url_);
         std::u16string sample = u"\r\n";
         sample += platform::left(body, kSampleLength);
         sample += platform::right(body, kSampleLength);
         host_.log(sample);
     }
 
-    void fail(const std::u16string& path, const PageLocation& location) {
+    void fail(const std::u16string& path, const PageLocation& location, std::u16string_view title) {
         if (!pages_.isNotice(page_)) {
-            ++summary_.failed;
-            threads_.text(urlField_, url_);
+            summary_.fail(pages_.failure(page_, title, reason_), url_, reason_);
             host_.log(failureLine(summary_.failed, url_, page_));
             return;
         }
@@ -88,7 +90,7 @@ private:
         source_.flush(); // a kill must not leave the row without its file
         disposal_->deleteFile(path, location.lanFolder);
         ++summary_.deletedFiles;
-        summary_.skip(kNoticePage);
+        summary_.skip(kNoticePage, url_);
     }
 
     Context& context_;

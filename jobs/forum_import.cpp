@@ -5,6 +5,7 @@
 #include "jobs/forum_pages.h"
 #include "jobs/overflow_files.h"
 #include "jobs/row_loop.h"
+#include "jobs/row_reasons.h"
 #include "jobs/table_check.h"
 #include "platform/clock.h"
 #include "platform/text.h"
@@ -69,12 +70,13 @@ private:
         urlField_ = threads_.fieldIndex(u"url");
         contentField_ = threads_.fieldIndex(u"content");
         total_ = threads_.RecordCount();
+        summary_.source = {sourcePath_, std::u16string(kForumTable), u"url"};
     }
 
     void importThread() {
         threads_.text(urlField_, url_);
         if (isImported()) {
-            summary_.skip(kAlreadyThere);
+            summary_.skip(kAlreadyThere, url_);
             return;
         }
         const PageLocation location = host_.pages();
@@ -82,7 +84,7 @@ private:
         threads_.text(contentField_, storedPath_);
         const std::u16string path = PageFiles::path(location, storedPath_);
         if (!files_.read(path, page_)) {
-            summary_.skip(kNoPageFile);
+            summary_.skip(kNoPageFile, url_);
             return;
         }
         reason_.clear();
@@ -137,7 +139,7 @@ private:
         if (body_.size() >= kArticleEnd || summaryText.size() >= kArticleEnd) {
             OverflowFiles(context_.storeKeeper(), context_.platform(), summary_)
                 .write(summaryText + body_, u"", {url_, title_}, host_);
-            summary_.skip(kOverLong);
+            summary_.skip(kOverLong, url_);
             return;
         }
         articles_.AddNew();
@@ -148,11 +150,11 @@ private:
         articles_.set(u"sA", summaryText);
         articles_.set(u"recTime", ado::fromDateTime(context_.platform().clock.now()));
         articles_.Update();
-        ++summary_.saved;
+        summary_.save(url_);
     }
 
     void fail(const std::u16string& path, const PageLocation& location) {
-        ++summary_.failed;
+        summary_.fail(pages_.failure(page_, title_, reason_), url_, reason_);
         host_.log(failureLine(summary_.failed, url_, reason_));
         if (pages_.isNotice(page_)) {
             disposal_->deleteRow(threads_, {sourcePath_, kForumTable});

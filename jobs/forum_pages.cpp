@@ -1,5 +1,6 @@
 #include "jobs/forum_pages.h"
 
+#include "jobs/row_reasons.h"
 #include "platform/text.h"
 
 namespace kelb::jobs {
@@ -20,6 +21,24 @@ std::u16string ForumPages::content(std::u16string_view page, std::u16string& rea
 bool ForumPages::isNotice(std::u16string_view page) const {
     const std::u16string& boardName = context_.configuration().text(Setting::ForumBoardName);
     return !boardName.empty() && page.find(u"<title>提示信息 -  " + boardName + u" -  Powered by Discuz!") != page.npos;
+}
+
+std::string_view ForumPages::failure(std::u16string_view page, std::u16string_view title,
+                                     std::u16string_view reason) const {
+    const auto has = [reason](std::u16string_view entry) { return reason.find(entry) != reason.npos; };
+    if (isNotice(page)) {
+        return kNoticePage;
+    }
+    if (page.empty()) {
+        return kEmptyPage;
+    }
+    if (has(extract::kNoFloorMark)) {
+        return kNoFloors;
+    }
+    if (title.empty()) {
+        return kNoTitle;
+    }
+    return has(extract::kNotAThread) ? kTooFewFloors : kFirstPostRejected;
 }
 
 std::u16string failureLine(std::size_t failure, std::u16string_view url, std::u16string_view explanation) {

@@ -21,6 +21,8 @@ public:
     std::u16string content(std::u16string_view page, std::u16string& reason, extract::ThreadPage which);
     /// The board's message page: the thread was deleted or is hidden. None is one without [Forum] boardName.
     bool isNotice(std::u16string_view page) const;
+    /// Why a page gave no article, as row_reasons.h names it. `reason`: what title() and content() added to it.
+    std::string_view failure(std::u16string_view page, std::u16string_view title, std::u16string_view reason) const;
 
 private:
     Context& context_;
@@ -32,11 +34,5 @@ private:
 [[nodiscard]] std::u16string failureLine(std::size_t failure, std::u16string_view url, std::u16string_view explanation);
 
 inline constexpr std::u16string_view kForumTable = u"bbsforum";
-/// Reasons why a row is passed over; names of counts in the summary.
-inline constexpr std::string_view kAlreadyThere = "alreadyThere";
-inline constexpr std::string_view kNoPageFile = "noPageFile";
-inline constexpr std::string_view kOverLong = "overLong";
-inline constexpr std::string_view kKept = "kept";
-inline constexpr std::string_view kNoticePage = "noticePage";
 
 } // namespace kelb::jobs

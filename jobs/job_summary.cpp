@@ -32,23 +32,61 @@ public:
         appendJsonText(platform::fromUtf8(text), json);
         add(key, json);
     }
+    bool empty() const noexcept { return text_.empty(); }
     std::string done() const { return text_.empty() ? "{}" : text_ + "}"; }
 
 private:
     std::string text_;
 };
 
+void addReasons(const JobSummary& summary, RowFate fate, std::string_view name, ObjectText& object) {
+    ObjectText reasons;
+    for (const auto& [reason, count] : summary.because(fate)) {
+        reasons.add(reason, count);
+    }
+    if (!reasons.empty()) {
+        object.add(name, reasons.done());
+    }
+}
+
 } // namespace
 
-void JobSummary::skip(std::string_view reason) {
+void JobSummary::save(std::u16string_view row) {
+    ++saved;
+    count(RowFate::Saved, {}, row, {});
+}
+
+void JobSummary::skip(std::string_view reason, std::u16string_view row) {
     ++skipped;
-    const auto known = std::find_if(skippedBecause.begin(), skippedBecause.end(),
-                                    [reason](const auto& count) { return count.first == reason; });
-    if (known == skippedBecause.end()) {
-        skippedBecause.emplace_back(reason, 1);
-    } else {
-        ++known->second;
+    count(RowFate::Skipped, reason, row, {});
+}
+
+void JobSummary::fail(std::string_view reason, std::u16string_view row, std::u16string_view detail) {
+    ++failed;
+    count(RowFate::Failed, reason, row, detail);
+}
+
+void JobSummary::count(RowFate fate, std::string_view reason, std::u16string_view row, std::u16string_view detail) {
+    auto group = std::find_if(groups.begin(), groups.end(), [&](const RowGroup& candidate) {
+        return candidate.fate == fate && candidate.reason == reason;
+    });
+    if (group == groups.end()) {
+        group = groups.insert(groups.end(), RowGroup{fate, std::string(reason), 0, {}});
     }
+    ++group->count;
+    if (group->rows.size() < kRowsTold) {
+        group->rows.push_back({std::u16string(row), std::u16string(detail.substr(0, kDetailLength))});
+    }
+}
+
+std::vector<std::pair<std::string, std::size_t>> JobSummary::because(RowFate fate) const {
+    std::vector<std::pair<std::string, std::size_t>> reasons;
+    for (const RowGroup& group : groups) {
+        if (group.fate == fate && !group.reason.empty()) {
+            reasons.emplace_back(group.reason, group.count);
+        }
+    }
+    return reasons;
 }
 
 std::string toJson(const JobSummary& summary) {
@@ -62,13 +100,8 @@ std::string toJson(const JobSummary& summary) {
     object.add("deletedFiles", summary.deletedFiles);
     object.add("overflowFiles", summary.overflowFiles);
     object.add("seconds", withThreeDigits(summary.seconds));
-    if (!summary.skippedBecause.empty()) {
-        ObjectText reasons;
-        for (const auto& [reason, count] : summary.skippedBecause) {
-            reasons.add(reason, count);
-        }
-        object.add("skippedBecause", reasons.done());
-    }
+    addReasons(summary, RowFate::Skipped, "skippedBecause", object);
+    addReasons(summary, RowFate::Failed, "failedBecause", object);
     for (const auto& [name, count] : summary.counts) {
         object.add(name, count);
     }

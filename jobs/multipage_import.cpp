@@ -6,6 +6,7 @@
 #include "jobs/forum_pages.h"
 #include "jobs/overflow_files.h"
 #include "jobs/row_loop.h"
+#include "jobs/row_reasons.h"
 #include "jobs/stored_page.h"
 #include "jobs/table_check.h"
 #include "platform/clock.h"
@@ -83,6 +84,7 @@ private:
         check.need(source_, sourcePath_, table_, {u"url", u"content"});
         check.need(dest_, sink_.shown, kDestTable, {u"sT", u"sC", u"sA", u"recTime"});
         check.finish();
+        summary_.source = {sourcePath_, table_, u"url"};
         articles_.Open(u"select * from " + std::u16string(kDestTable), dest_, CursorType::Keyset, LockType::Optimistic);
         firstPages_.Open(u"select * from " + table_ + u" where url like '" + platform::quoted(prefix_) +
                              u"/%[!p][!p]_.htm'",
@@ -132,18 +134,20 @@ private:
         overflow.write(observed + u"\r\n+++++++++++++", u"多页合并观察", {url, title}, host_);
 
         if (title.empty() || body.empty()) {
-            ++summary_.failed;
             reason += reason.empty() || bodyReason.empty() ? u"" : u"|";
-            host_.log(failureLine(summary_.failed, url, reason + bodyReason));
+            reason += bodyReason;
+            summary_.fail(!title.empty() ? kNoBody : body.empty() ? kNoTitleNorBody : kNoTitle, url, reason);
+            host_.log(failureLine(summary_.failed, url, reason));
             return;
         }
         ++merged_;
         if (title.size() >= kArticleEnd || body.size() >= kArticleEnd) {
             overflow.write(u"文章过长!\r\n" + body + u"\r\n\r\n" + title, u"", {url, title}, host_);
-            summary_.skip(kOverLong);
+            summary_.skip(kOverLong, url);
             return;
         }
         add(title, body);
+        summary_.save(url);
     }
 
     /// The pages from 2 on in the order of their addresses as texts, so that page 10 comes before page 2. Kept.
@@ -178,7 +182,6 @@ private:
         articles_.set(u"sA", u"");
         articles_.set(u"recTime", ado::fromDateTime(context_.platform().clock.now()));
         articles_.Update();
-        ++summary_.saved;
     }
 
     Context& context_;

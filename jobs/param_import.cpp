@@ -5,6 +5,7 @@
 #include "extract/ClsSpecSheet.h"
 #include "jobs/job_error.h"
 #include "jobs/product_pages.h"
+#include "jobs/row_reasons.h"
 #include "jobs/table_check.h"
 #include "platform/clock.h"
 #include "platform/file_system.h"
@@ -103,6 +104,9 @@ private:
                                  u"/product/%/param.shtml%'",
                              source_, CursorType::Keyset, LockType::ReadOnly);
             count = sourceRows_.RecordCount();
+            if (options_.mode == LoopMode::Database) {
+                summary_.source = {sourcePath_, sourceTable_, u"url"};
+            }
         }
         host_.log(u"totalRec: " + platform::number(static_cast<long long>(count)));
     }
@@ -140,9 +144,10 @@ private:
         const std::u16string_view table = ClsSpecSheet::extTable(pages.text(), kTableHeading);
         if (table.size() < kShortestTable) {
             host_.showOutcome(u"无法识别! " + now(), summary_.rows, pages.total());
-            summary_.skip(state == ProductPages::State::NoMore ? "end of a sub-folder"
-                          : pages.text().empty()               ? "no page file, or an empty one"
-                                                               : "no parameter table");
+            summary_.skip(state == ProductPages::State::NoMore ? kEndOfFolder
+                          : pages.text().empty()               ? kEmptyPage
+                                                               : kNoParameterTable,
+                          pages.row());
             return;
         }
         host_.showProgress(u"已识别: " + now(), summary_.rows, pages.total());
@@ -154,7 +159,7 @@ private:
             add(product, pages);
             message = u"提取到参数，已保存。";
         } else {
-            summary_.skip(stored ? "name already stored" : "saving is switched off");
+            summary_.skip(stored ? kNameAlreadyStored : kSavingIsOff, pages.row());
             message = stored ? u"提取到参数，但没有保存(该参数已存在)。" : u"提取到参数，但没有保存(保存选项未选择)。";
         }
         host_.showOutcome(std::u16string(message) + u" sTVName: " + product.name + u", sTVCode1: " + product.code,
@@ -196,7 +201,7 @@ private:
             knowledge_.Update();
             return true;
         });
-        ++summary_.saved;
+        summary_.save(pages.row());
     }
 
     /// Database errors of a page name it.

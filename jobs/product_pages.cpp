@@ -151,6 +151,7 @@ public:
     }
     std::u16string name() const override { return path_; }
     std::u16string url() const override { return rows_.text(u"url"); }
+    std::u16string row() const override { return url(); }
     std::size_t total() const override { return total_; }
 
     void finish(JobSummary& summary) override {

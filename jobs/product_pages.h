@@ -29,6 +29,8 @@ public:
     const std::u16string& text() const noexcept { return text_; }
     /// What names the page in messages: a path or an address.
     virtual std::u16string name() const = 0;
+    /// What names it in the summary: the address of a row, or the path of a file.
+    virtual std::u16string row() const { return name(); }
     /// The address to be stored.
     virtual std::u16string url() const = 0;
     /// Pages of the whole walk where that is known, else 0.

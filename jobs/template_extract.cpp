@@ -2,6 +2,7 @@
 
 #include "jobs/database_paths.h"
 #include "jobs/job_error.h"
+#include "jobs/row_reasons.h"
 #include "platform/clock.h"
 #include "platform/path_map.h"
 #include "platform/utf8.h"
@@ -28,9 +29,9 @@ public:
     void showBody(std::u16string_view) override {}
     void showResult(std::u16string_view text) override { host_.log(text); }
     void showPhase(std::u16string_view text) override { host_.log(text); }
-    void rowDone(TemplateRow row) override {
+    void rowDone(TemplateRow row, std::u16string_view url) override {
         ++summary_.rows;
-        count(row);
+        count(row, url);
         host_.showProgress(u"", std::min(summary_.rows, total_), total_);
     }
     bool interrupted() override {
@@ -46,25 +47,25 @@ public:
     void expectRows(std::size_t total) noexcept { total_ = total; }
 
 private:
-    void count(TemplateRow row) {
+    void count(TemplateRow row, std::u16string_view url) {
         switch (row) {
         case TemplateRow::Saved:
-            ++summary_.saved;
+            summary_.save(url);
             break;
         case TemplateRow::NoPageFile:
-            summary_.skip("noPageFile");
+            summary_.skip(kNoPageFile, url);
             break;
         case TemplateRow::TooShort:
-            summary_.skip("tooShort");
+            summary_.skip(kTooShort, url);
             break;
         case TemplateRow::TooLong:
-            summary_.skip("overLong");
+            summary_.skip(kOverLong, url);
             break;
         case TemplateRow::WarmUp:
-            summary_.skip("warmUp");
+            summary_.skip(kWarmUp, url);
             break;
         case TemplateRow::Rewound:
-            summary_.skip("startsAgain");
+            summary_.skip(kStartsAgain, url);
             break;
         }
     }
@@ -132,6 +133,7 @@ void extractByTemplate(const TemplateExtractOptions& options, Context& context, 
     workflow.open({.source = sourceDatabase(options.source, context.configuration(), context.platform().files),
                    .destination = destinationOf(options.dest, context),
                    .destinationTable = options.destTable});
+    summary.source = {workflow.chosen()->source, std::u16string(kTemplateSourceTable), u"url"};
     JobView view(host, summary, options.slow);
     FrmExtractor extractor(extractorParts(context), view);
     if (!extractor.readModel(modelPagePath(options.model, context))) {

@@ -6,8 +6,6 @@
 namespace kelb::jobs {
 namespace {
 
-constexpr std::u16string_view kSourceTable = u"bbsforum"; // whatever the dialog shows
-
 std::u16string createStatement(std::u16string_view table) {
     // TEXT without a length and MEMO are the same here; both are in use.
     return u"create table " + std::u16string(table) +
@@ -56,9 +54,9 @@ void TemplateWorkflow::open(const TemplateChoice& choice) {
 void TemplateWorkflow::openSource(const std::u16string& path) {
     source_.Open(ado::jetConnectionString(path));
     TableCheck check;
-    check.need(source_, path, kSourceTable, {u"url", u"content"});
+    check.need(source_, path, kTemplateSourceTable, {u"url", u"content"});
     check.finish();
-    rsSource_.Open(u"select * from " + std::u16string(kSourceTable), source_, ado::CursorType::Keyset,
+    rsSource_.Open(u"select * from " + std::u16string(kTemplateSourceTable), source_, ado::CursorType::Keyset,
                    ado::LockType::ReadOnly);
 }
 

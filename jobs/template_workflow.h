@@ -12,6 +12,8 @@
 
 namespace kelb::jobs {
 
+inline constexpr std::u16string_view kTemplateSourceTable = u"bbsforum"; ///< whatever the dialog shows
+
 /// What the set-up dialog of the template extractor proposes.
 struct TemplateProposals {
     std::u16string source;               ///< data folder + "\Comb.mdb"

@@ -3,6 +3,7 @@
 #include "ado/error.h"
 #include "jobs/job_error.h"
 #include "jobs/row_reading.h"
+#include "jobs/row_reasons.h"
 #include "jobs/row_return.h"
 #include "platform/file_system.h"
 #include "platform/text.h"
@@ -173,32 +174,36 @@ private:
         try {
             switch (rows.put(row)) {
             case Outcome::PutBack:
-                ++summary_.saved;
+                summary_.save(shown(row));
                 return;
             case Outcome::AlreadyThere:
-                summary_.skip("alreadyThere");
+                summary_.skip(kAlreadyThere, shown(row));
                 return;
             case Outcome::NumberTaken:
-                failRow(run, row, "another row has its number now");
+                failRow(run, row, kNumberTaken, meaningOf(kNumberTaken));
                 return;
             case Outcome::NoTable: // told once for all rows of the table
-                ++summary_.failed;
+                summary_.fail(kNoTable, shown(row), row.table);
                 ++stays_;
                 return;
             }
         } catch (const ado::Error& error) {
-            failRow(run, row, error.what());
+            failRow(run, row, kRefused, error.what());
         } catch (const RowLineError& error) {
-            failRow(run, row, error.what());
+            failRow(run, row, kRefused, error.what());
         }
     }
 
-    void failRow(const Run& run, const TrashedRow& row, std::string_view why) {
+    static std::u16string shown(const TrashedRow& row) {
         constexpr std::size_t kShown = 200;
-        ++summary_.failed;
+        return std::u16string(platform::left(platform::fromUtf8(row.json), kShown));
+    }
+
+    void failRow(const Run& run, const TrashedRow& row, std::string_view reason, std::string_view why) {
+        summary_.fail(reason, shown(row), platform::fromUtf8(why));
         ++stays_;
         host_.log(run.name + u": table " + row.table + u": a row stays in the trash: " + platform::fromUtf8(why) +
-                  u": " + std::u16string(platform::left(platform::fromUtf8(row.json), kShown)));
+                  u": " + shown(row));
     }
 
     void putBackFile(const Run& run, const TrashedFile& file) {

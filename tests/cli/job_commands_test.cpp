@@ -11,6 +11,7 @@
 namespace kelb::cli {
 namespace {
 
+using testing::AllOf;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::MatchesRegex;
@@ -56,17 +57,18 @@ protected:
 TEST_F(JobCommands, ForumImportPrintsLogBoxAndSummary) {
     crawl(2);
     write("lan/crawl/102-1-1.htm", "no thread");
-    const Outcome outcome = run(importCommand({"--lan-folder", at("lan"), "--quiet"}));
+    const Outcome outcome = run(importCommand({"--lan-folder", at("lan"), "--quiet", "--report", at("run.html")}));
     EXPECT_EQ(outcome.status, 0) << outcome.err;
     EXPECT_EQ(outcome.err, "");
-    EXPECT_THAT(
-        outcome.out,
-        MatchesRegex("totalRec: 2\n"
-                     "提取失败! 第1次,http://b/thread-102-1-1.html,\\|未找到SM\\|未找到SM1\\|无楼层标志!\\|"
-                     "楼层<3，为: 0层\\|split2Floors失败!\n"
-                     "\\[网页内容提取\\] 完成!\n"
-                     "\\{\"job\": \"forum-import\", \"rows\": 2, \"saved\": 1, \"skipped\": 0, \"failed\": 1, "
-                     "\"deletedRows\": 0, \"deletedFiles\": 0, \"overflowFiles\": 0, \"seconds\": [0-9.]+\\}\n"));
+    EXPECT_THAT(outcome.out,
+                MatchesRegex("totalRec: 2\n"
+                             "提取失败! 第1次,http://b/thread-102-1-1.html,\\|未找到SM\\|未找到SM1\\|无楼层标志!\\|"
+                             "楼层<3，为: 0层\\|split2Floors失败!\n"
+                             "\\[网页内容提取\\] 完成!\n"
+                             "\\{\"job\": \"forum-import\", \"rows\": 2, \"saved\": 1, \"skipped\": 0, \"failed\": 1, "
+                             "\"deletedRows\": 0, \"deletedFiles\": 0, \"overflowFiles\": 0, \"seconds\": [0-9.]+, "
+                             "\"failedBecause\": \\{\"noFloors\": 1\\}\\}\n"));
+    EXPECT_THAT(read("run.html"), AllOf(HasSubstr("<b>1</b>saved"), HasSubstr("http://b/thread-102-1-1.html")));
     EXPECT_EQ(articles(), "{\"url\": \"http://b/thread-101-1-1.html\"}\n");
 }
 
@@ -155,6 +157,23 @@ TEST_F(JobCommands, AnErrorIsOneLineBehindTheSummary) {
     EXPECT_EQ(outcome.status, 1);
     EXPECT_THAT(outcome.err, MatchesRegex("kelb: .*wxdb.mdb: no table bbsforum.*\n"));
     EXPECT_THAT(outcome.out, HasSubstr("\"job\": \"forum-import\", \"rows\": 0"));
+}
+
+TEST_F(JobCommands, AReportTellsTheErrorOrIsRefusedBeforeTheJob) {
+    crawl(1);
+    const auto reportTo = [&](const std::string& path) {
+        return run(
+            {"forum-import", "--source", at("wxdb.mdb"), "--dest", at("wxdb.mdb"), "--report", path, "--dry-run"});
+    };
+    EXPECT_EQ(reportTo(at("run.html")).status, 1);
+    EXPECT_THAT(read("run.html"), AllOf(HasSubstr("no table bbsforum"), HasSubstr("Dry run")));
+    for (const std::string& path : {at("nowhere/run.html"), at("lan")}) {
+        const Outcome outcome = run(importCommand({"--lan-folder", at("lan"), "--report", path}));
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_EQ(outcome.out, "");
+        EXPECT_THAT(outcome.err, AllOf(HasSubstr("report"), HasSubstr(path)));
+    }
+    EXPECT_EQ(articles(), "");
 }
 
 TEST_F(JobCommands, AMissingSourceIsNamedAsTheWindowDoes) {

@@ -114,7 +114,7 @@ TEST_F(ArticleImport, LeavesAPageWithoutItsMarkersOutAndSaysWhy) {
                      // the program's start marker for titles is the site's own, so it is not found either
                      u"提取失败! 第3次,http://one.example/3" + none, u"提取失败! 第4次,http://one.example/4" + none,
                      logged(u"题目五", letters(205))}));
-    EXPECT_EQ(summary.failed, 4U);
+    EXPECT_EQ(summary.because(RowFate::Failed), (Counts{{"noTitle", 1}, {"noBody", 1}, {"noTitleNorBody", 2}}));
     EXPECT_EQ(summary.saved, 1U);
 }
 
@@ -183,7 +183,7 @@ TEST_P(ArticleImportLength, DecidesBetweenRowAndFile) {
         EXPECT_EQ(text.substr(0, 20), u" 保存了本文件。\r\n" + letters(10));
         EXPECT_EQ(text.size(), 10 + 8000 + 4U);
         EXPECT_TRUE(text.ends_with(u"\r\n\r\n"));
-        EXPECT_EQ(summary.skippedBecause, (decltype(summary.skippedBecause){{"overLong", 1}}));
+        EXPECT_EQ(summary.because(RowFate::Skipped), (Counts{{"overLong", 1}}));
     }
 }
 

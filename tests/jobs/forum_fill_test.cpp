@@ -49,7 +49,7 @@ TEST_F(ForumFill, LogsTheFrontOfAPageWithoutABody) {
     const JobSummary summary = fill();
     EXPECT_EQ(host.entries, (Texts{u"totalRec: 2", u"提取失败! 第1次,http://b/thread-1-1-1.html,",
                                    u"提取失败! 第2次,http://b/thread-2-1-1.html," + page.substr(0, 100), u"完成!"}));
-    EXPECT_EQ(summary.failed, 2U);
+    EXPECT_EQ(summary.because(RowFate::Failed), (Counts{{"emptyPage", 1}, {"noFloors", 1}}));
 }
 
 TEST_F(ForumFill, DeletesNoticePagesWithoutAnEntry) {

@@ -70,7 +70,7 @@ TEST_F(ForumImport, PassesSilentlyOverThreadsThatAreThere) {
     const JobSummary summary = import();
     EXPECT_EQ(articles().size(), 1U);
     EXPECT_EQ(host.entries, Texts{u"totalRec: 1"});
-    EXPECT_EQ(summary.skippedBecause, (decltype(summary.skippedBecause){{"alreadyThere", 1}}));
+    EXPECT_EQ(summary.because(RowFate::Skipped), (Counts{{"alreadyThere", 1}}));
 }
 
 TEST_F(ForumImport, StoresTheAddressAsTheSourceHasIt) {
@@ -87,7 +87,7 @@ TEST_F(ForumImport, ImportsNothingWithoutLanMode) {
     const JobSummary summary = import();
     EXPECT_THAT(articles(), IsEmpty());
     EXPECT_EQ(host.entries, Texts{u"totalRec: 1"});
-    EXPECT_EQ(summary.skippedBecause, (decltype(summary.skippedBecause){{"noPageFile", 1}}));
+    EXPECT_EQ(summary.because(RowFate::Skipped), (Counts{{"noPageFile", 1}}));
     EXPECT_EQ(summary.note, "LAN mode is off: nothing can be imported");
 }
 
@@ -104,7 +104,7 @@ TEST_F(ForumImport, LogsAFailureWithTheFrontOfItsReason) {
                   u"提取失败! 第2次,http://b/thread-8-1-1.html,无有效字符||楼层<3，为: 2层|楼主不合格",
               }));
     EXPECT_EQ(summary.skipped, 1U) << "a row without a file is no failure";
-    EXPECT_EQ(summary.failed, 2U);
+    EXPECT_EQ(summary.because(RowFate::Failed), (Counts{{"noFloors", 1}, {"firstPostRejected", 1}}));
     EXPECT_EQ(summary.rows, 3U);
 }
 
@@ -131,7 +131,7 @@ TEST_F(ForumImport, DeletesTheRowAndThenTheFileOfANoticePage) {
     EXPECT_THAT(rows(kSource, u"select id from bbsforum"), IsEmpty());
     EXPECT_FALSE(files.fileExists(filePath(u"7-1-1")));
     EXPECT_EQ(host.entries.size(), 2U);
-    EXPECT_EQ(summary.failed, 1U);
+    EXPECT_EQ(summary.because(RowFate::Failed), (Counts{{"noticePage", 1}}));
     EXPECT_EQ(summary.deletedRows, 1U);
     EXPECT_EQ(summary.deletedFiles, 1U);
 }
@@ -181,7 +181,7 @@ TEST_P(ForumImportLength, GoesToARowBelow12000) {
         EXPECT_EQ(files.readFile(u"X:\\home\\TestRec\\index.csv"),
                   "\xEF\xBB\xBFname,job,url,title,length,time\r\n"
                   "Store0.txt,forum-import,http://b/thread-7-1-1.html,标题7-1-1,12000,2015-12-02T08:30:00\r\n");
-        EXPECT_EQ(summary.skippedBecause, (decltype(summary.skippedBecause){{"overLong", 1}}));
+        EXPECT_EQ(summary.because(RowFate::Skipped), (Counts{{"overLong", 1}}));
     }
 }
 
@@ -349,7 +349,7 @@ TEST_F(ForumImport, ChangesNothingInADryRun) {
     EXPECT_EQ(summary.saved, 1U);
     EXPECT_EQ(summary.deletedRows, 1U);
     EXPECT_EQ(summary.overflowFiles, 1U);
-    EXPECT_EQ(summary.skippedBecause, (decltype(summary.skippedBecause){{"alreadyThere", 1}, {"overLong", 1}}));
+    EXPECT_EQ(summary.because(RowFate::Skipped), (Counts{{"alreadyThere", 1}, {"overLong", 1}}));
     EXPECT_EQ(files.readFile(kSource), source);
     EXPECT_EQ(files.readFile(kDest), dest);
     EXPECT_TRUE(files.fileExists(filePath(u"8-1-1")));

@@ -72,7 +72,8 @@ public:
     void yield() override {}
 };
 
-using Settings = std::map<std::u16string, std::u16string>; ///< "Section.key" to value
+using Counts = std::vector<std::pair<std::string, std::size_t>>; ///< rows by reason
+using Settings = std::map<std::u16string, std::u16string>;       ///< "Section.key" to value
 
 /// A home folder, a crawl database and a destination on a disk in memory.
 class JobTest : public testing::Test {

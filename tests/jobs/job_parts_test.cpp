@@ -4,35 +4,76 @@
 #include "jobs/row_loop.h"
 #include "jobs/row_text.h"
 #include "jobs/run_log.h"
+#include "jobs/run_report.h"
+#include "platform/text.h"
 #include "tests/jobs/job_fixture.h"
+
+#include <gmock/gmock.h>
 
 #include <limits>
 
 namespace kelb::jobs {
 namespace {
 
+using testing::AllOf;
+using testing::AnyOf;
+using testing::HasSubstr;
+using testing::Not;
 using Texts = std::vector<std::u16string>;
 
 TEST(JobSummary, IsOneLineOfJson) {
     JobSummary summary("forum-import");
     summary.rows = 12;
-    summary.saved = 8;
-    summary.skip("alreadyThere");
-    summary.skip("overLong");
-    summary.skip("alreadyThere");
-    summary.failed = 1;
+    summary.saved = 7;
+    summary.save(u"http://b/1");
+    summary.skip("alreadyThere", u"http://b/2");
+    summary.skip("overLong", u"http://b/3");
+    summary.skip("alreadyThere", u"http://b/4");
+    summary.fail("noticePage", u"http://b/5", u"");
     summary.overflowFiles = 1;
     summary.seconds = 0.12;
     EXPECT_EQ(toJson(summary),
               R"({"job": "forum-import", "rows": 12, "saved": 8, "skipped": 3, "failed": 1, "deletedRows": 0, )"
               R"("deletedFiles": 0, "overflowFiles": 1, "seconds": 0.120, )"
-              R"("skippedBecause": {"alreadyThere": 2, "overLong": 1}})");
+              R"("skippedBecause": {"alreadyThere": 2, "overLong": 1}, "failedBecause": {"noticePage": 1}})");
     summary.replacedCharacters = 2;
     summary.stopped = true;
     summary.dryRun = true;
     summary.note = "why \"nothing\"";
     EXPECT_TRUE(toJson(summary).ends_with(
         R"(, "replacedCharacters": 2, "stopped": true, "dryRun": true, "note": "why \"nothing\""})"));
+}
+
+TEST(JobSummary, RemembersTheFrontOfEachGroupAndCountsTheRest) {
+    JobSummary summary("forum-import");
+    for (std::size_t i = 0; i < JobSummary::kRowsTold + 2; ++i) {
+        summary.fail("noTitle", platform::number(static_cast<long long>(i)), std::u16string(300, u'x'));
+    }
+    summary.skip("noTitle", u"passed over for the same reason");
+    ASSERT_EQ(summary.groups.size(), 2U);
+    EXPECT_EQ(summary.groups[0].count, JobSummary::kRowsTold + 2);
+    ASSERT_EQ(summary.groups[0].rows.size(), JobSummary::kRowsTold);
+    EXPECT_EQ(summary.groups[0].rows.back().name, u"4999");
+    EXPECT_EQ(summary.groups[0].rows.back().detail.size(), JobSummary::kDetailLength);
+    EXPECT_THAT(reportPage(summary, {{2015, 12, 2, 8, 30, 0}}), HasSubstr("and 2 more"));
+}
+
+TEST(RunReport, TellsTheFiguresAndTheRowsBehindThemWithoutTheirMarkup) {
+    JobSummary summary("forum-import");
+    summary.rows = 3;
+    summary.source = {u"D:\\crawl\\Comb.mdb", u"bbs<forum>", u"url"};
+    summary.save(u"http://b/?a=1&b=2");
+    summary.fail("noFloors", u"javascript:alert(1)", u"<script>alert(\"1\")</script>");
+    summary.fail("of another version", u"C:\\a\"b.htm", u"");
+    summary.note = "why";
+    const std::string page = reportPage(summary, {{2015, 12, 2, 8, 30, 0}, "disk <full>"});
+    EXPECT_THAT(
+        page, AllOf(HasSubstr("2015-12-02T08:30:00"), HasSubstr("bbs&lt;forum&gt; in D:\\crawl\\Comb.mdb"),
+                    HasSubstr("href=\"http://b/?a=1&amp;b=2\""), HasSubstr("&lt;script&gt;alert(&quot;1&quot;)"),
+                    HasSubstr("no floor of a board on the page"), HasSubstr("rejected: of another version"),
+                    HasSubstr("disk &lt;full&gt;"), HasSubstr("<b>2</b>rejected"), HasSubstr("<p class=\"note\">why")));
+    EXPECT_THAT(page, Not(AnyOf(HasSubstr("<script"), HasSubstr("href=\"javascript"), HasSubstr("src="))));
+    EXPECT_LT(page.find("http://b/?a=1"), page.find("alert(1)")) << "saved rows come first";
 }
 
 struct ValueCase {

@@ -101,8 +101,8 @@ TEST_F(ParamImport, ATableNeeds201Characters) {
     const JobSummary summary = import();
     EXPECT_THAT(stored(u"TVName, param1, param10"), ElementsAre("甲||")) << "what is not found is an empty text";
     EXPECT_EQ(summary.skipped, 3U);
-    EXPECT_THAT(summary.skippedBecause,
-                ElementsAre(std::pair("no parameter table", 2U), std::pair("end of a sub-folder", 1U)));
+    EXPECT_THAT(summary.because(RowFate::Skipped),
+                ElementsAre(std::pair("noParameterTable", 2U), std::pair("endOfFolder", 1U)));
 }
 
 TEST_F(ParamImport, AWalkGoesOnWhereItWasStopped) {
@@ -164,7 +164,7 @@ TEST_F(ParamImport, GoesByTheRowsOfACrawlTable) {
     EXPECT_THAT(stored(u"url, TVName"),
                 ElementsAre("http://p.example/product/1/param.shtml|甲", "http://p.example/product/3/param.shtml|丙"));
     EXPECT_EQ(summary.rows, 3U);
-    EXPECT_THAT(summary.skippedBecause, ElementsAre(std::pair("no page file, or an empty one", 1U)));
+    EXPECT_THAT(summary.because(RowFate::Skipped), ElementsAre(std::pair("emptyPage", 1U)));
 
     host.location.lanMode = false;
     summary = import(byRows, kPortal);

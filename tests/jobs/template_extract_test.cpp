@@ -32,7 +32,7 @@ public:
     void showBody(std::u16string_view text) override { body = text; }
     void showResult(std::u16string_view text) override { results.emplace_back(text); }
     void showPhase(std::u16string_view text) override { phases.emplace_back(text); }
-    void rowDone(extract::TemplateRow row) override {
+    void rowDone(extract::TemplateRow row, std::u16string_view) override {
         rows.push_back(row);
         interrupt = interrupt || rows.size() >= interruptAfter;
     }

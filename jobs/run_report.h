@@ -1,0 +1,21 @@
+#pragma once
+
+#include "jobs/job_summary.h"
+#include "platform/date_time.h"
+
+#include <string>
+#include <string_view>
+
+namespace kelb::jobs {
+
+/// What a report tells of a run beside its summary.
+struct RunCircumstances {
+    platform::DateTime begun;
+    std::string_view error = {}; ///< that ended the run, UTF-8; "" when none did
+};
+
+/// One self-contained page (UTF-8, no script, nothing loaded): the figures of the summary, a bar for the saved rows and
+/// for each reason, and behind each bar the rows that the summary remembers.
+[[nodiscard]] std::string reportPage(const JobSummary& summary, const RunCircumstances& run);
+
+} // namespace kelb::jobs
