@@ -18,8 +18,9 @@ p.note{border-left:4px solid var(--skipped);padding:.3rem .8rem}
 p.error{border-left:4px solid var(--failed);padding:.3rem .8rem;white-space:pre-wrap}
 .figures{display:flex;flex-wrap:wrap;gap:1.5rem;margin:1.2rem 0;padding:0;list-style:none}
 .figures b{display:block;font-size:1.6rem;line-height:1.2;font-variant-numeric:tabular-nums}
-summary{display:grid;grid-template-columns:minmax(12rem,22rem) 5rem 1fr;gap:.8rem;align-items:center;cursor:pointer;
+summary{display:grid;grid-template-columns:1rem minmax(12rem,22rem) 4rem 1fr;gap:.8rem;align-items:center;cursor:pointer;
 padding:.3rem 0;border-bottom:1px solid var(--line)}
+summary::before{content:"▸"}details[open]>summary::before{content:"▾"}
 summary .n{text-align:right;font-variant-numeric:tabular-nums}
 .bar{display:block;height:1rem;border-radius:2px;min-width:2px}
 .saved{background:var(--saved)}.skipped{background:var(--skipped)}.failed{background:var(--failed)}
