@@ -2,6 +2,7 @@
 
 #include "app/form_texts.h"
 #include "app/qt_text.h"
+#include "app/reasons_view.h"
 #include "app/remembered_fields.h"
 #include "app/results_browser.h"
 #include "app/run_options_menu.h"
@@ -82,6 +83,8 @@ void Form1::addTabs() {
                                 .dialogs = parts_.dialogs,
                                 .destination = [this] { return fromQt(ui_->Text3->text()); }}),
            texts::kTabResults);
+    reasons_ = new ReasonsView([](const jobs::RowPlace&, const jobs::VisitedRow&, jobs::RowFate) {});
+    addTab(*reasons_, texts::kTabReasons);
 }
 
 /// The tab control owns the tab from now on.
@@ -203,7 +206,8 @@ void Form1::run(const JobButton& job, const QString& caption) {
     host_->end();
     running_ = nullptr;
     showRunning(false);
-    showSummary(summaryText(summary, jobText(QLatin1String(job.button))));
+    const QString words = summaryText(summary, jobText(QLatin1String(job.button)));
+    showSummary(words);
     if (!error.isEmpty()) {
         say(texts::shown(texts::kFailed).arg(caption));
         parts_.dialogs.error(this, texts::shown(texts::kErrorTitle), error);
@@ -212,6 +216,7 @@ void Form1::run(const JobButton& job, const QString& caption) {
     } else {
         say(texts::shown(summary.stopped && summary.rows == 0 ? texts::kStopIsTicked : texts::kReady));
     }
+    reasons_->show(std::move(summary), words);
     if (closeAsked_ || host_->windowClosed()) {
         close();
     }

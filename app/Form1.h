@@ -22,6 +22,7 @@ class Form1;
 namespace kelb::app {
 
 class PathField;
+class ReasonsView;
 class RememberedFields;
 class JobContexts;
 class RunOptionsMenu;
@@ -82,6 +83,7 @@ private:
     std::unique_ptr<WindowHost> host_;
     QLabel* status_;                    ///< a child: hints of menu entries cover it and give it back
     RunOptionsMenu* options_ = nullptr; ///< a child of the window
+    ReasonsView* reasons_ = nullptr;    ///< a tab
     QPointer<QTextBrowser> jobsPage_;
     QPointer<QWidget> viewer_;
     std::unique_ptr<TemplateWindows> templates_;

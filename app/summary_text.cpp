@@ -37,6 +37,16 @@ QString reasonsOf(const jobs::JobSummary& summary, jobs::RowFate fate) {
 
 } // namespace
 
+QString groupText(const jobs::RowGroup& group) {
+    QString text = texts::shown(group.fate == jobs::RowFate::Saved     ? texts::kFateSaved
+                                : group.fate == jobs::RowFate::Skipped ? texts::kFateSkipped
+                                                                       : texts::kFateFailed);
+    if (!group.reason.empty()) {
+        text += u'：' + wordText(group.reason);
+    }
+    return text + u' ' + QLocale::c().toString(static_cast<qulonglong>(group.count));
+}
+
 QString summaryText(const jobs::JobSummary& summary, const texts::JobText* job) {
     const auto number = [](std::size_t count) { return QLocale::c().toString(static_cast<qulonglong>(count)); };
     const QString name = job == nullptr ? QString::fromStdString(summary.job) : texts::shown(job->name);

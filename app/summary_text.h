@@ -11,4 +11,7 @@ namespace kelb::app {
 /// left out. `job` names it, may be null.
 [[nodiscard]] QString summaryText(const jobs::JobSummary& summary, const texts::JobText* job);
 
+/// A bar of the chart: "跳过：过长 12".
+[[nodiscard]] QString groupText(const jobs::RowGroup& group);
+
 } // namespace kelb::app

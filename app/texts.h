@@ -146,6 +146,7 @@ inline constexpr JobText kJobs[] = {
 inline constexpr char kApplication[] = KELB_TEXT("网页内容提取");
 inline constexpr char kTabJobs[] = KELB_TEXT("提取");
 inline constexpr char kTabResults[] = KELB_TEXT("结果");
+inline constexpr char kTabReasons[] = KELB_TEXT("统计");
 inline constexpr char kTabSpare[] = KELB_TEXT("备用");
 
 // The tab of results.
@@ -172,6 +173,14 @@ inline constexpr char kTimeLeft[] = KELB_TEXT("剩余 %1");
 inline constexpr char kHours[] = KELB_TEXT("%1 小时 %2 分");
 inline constexpr char kMinutes[] = KELB_TEXT("%1 分 %2 秒");
 inline constexpr char kSeconds[] = KELB_TEXT("%1 秒");
+inline constexpr char kFateSaved[] = KELB_TEXT("保存");
+inline constexpr char kFateSkipped[] = KELB_TEXT("跳过");
+inline constexpr char kFateFailed[] = KELB_TEXT("失败");
+inline constexpr char kNoRunYet[] = KELB_TEXT("任务结束后，这里按原因显示保存、跳过和失败的记录。");
+inline constexpr char kRowsOf[] = KELB_TEXT("查看记录(&V)：");
+inline constexpr char kRowsName[] = KELB_TEXT("记录");
+inline constexpr char kRowsDetail[] = KELB_TEXT("说明");
+inline constexpr char kRowsMore[] = KELB_TEXT("只列出前 %1 条，另有 %2 条");
 inline constexpr char kSummaryRows[] = KELB_TEXT("%1：共 %2 行");
 inline constexpr char kSummarySaved[] = KELB_TEXT("保存 %1");
 inline constexpr char kSummarySkipped[] = KELB_TEXT("跳过 %1");

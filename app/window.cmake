@@ -1,5 +1,5 @@
 # The program with windows. Included from the root when Qt 6 is there, behind the folders that it uses.
-find_package(Qt6 6.4 REQUIRED COMPONENTS Widgets)
+find_package(Qt6 6.4 REQUIRED COMPONENTS Widgets Charts)
 find_package(Qt6WebEngineWidgets 6.4 QUIET)
 
 kelb_library(kelb_window
@@ -16,6 +16,8 @@ kelb_library(kelb_window
         app/path_field.cpp
         app/progress_meter.cpp
         app/program.cpp
+        app/reasons_chart.cpp
+        app/reasons_view.cpp
         app/remembered_fields.cpp
         app/results_browser.cpp
         app/run_options_menu.cpp
@@ -26,7 +28,7 @@ kelb_library(kelb_window
         app/user_dialogs.cpp
         app/window_host.cpp
     LINKS kelb_jobs Qt6::Widgets
-    PRIVATE_LINKS kelb_rwini)
+    PRIVATE_LINKS kelb_rwini Qt6::Charts)
 if(Qt6WebEngineWidgets_FOUND)
     target_sources(kelb_window PRIVATE app/FrmWebBrowser.cpp app/page_viewer_webengine.cpp)
     target_link_libraries(kelb_window PRIVATE Qt6::WebEngineWidgets)

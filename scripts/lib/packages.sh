@@ -1,7 +1,7 @@
 # Sourced by the scripts: installs Debian packages that are missing, as root or with sudo.
 
 kelb_build_packages=(g++ cmake ninja-build libcli11-dev nlohmann-json3-dev unixodbc-dev tdsodbc libfreexl-dev)
-kelb_app_packages=(qt6-base-dev qt6-webengine-dev fonts-wqy-microhei)
+kelb_app_packages=(qt6-base-dev qt6-charts-dev qt6-webengine-dev fonts-wqy-microhei)
 kelb_app_test_packages=(xvfb xauth xdotool imagemagick)
 kelb_test_packages=(python3-xlwt libgtest-dev libgmock-dev libicu-dev mdbtools nodejs npm postgresql odbc-postgresql)
 kelb_check_packages=(clang-format clang-tidy clang libclang-rt-14-dev)

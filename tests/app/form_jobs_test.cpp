@@ -222,7 +222,7 @@ TEST_F(FormJobs, ProgressAndSummaryStandWhenTheJobHasEnded) {
         summary.rows = 3;
         summary.saved = 1;
         summary.failed = 1;
-        summary.skip("alreadyThere");
+        summary.skip("alreadyThere", u"");
     });
     click("Command1");
     EXPECT_EQ(find<QLabel>("Label1").text(), "已处理: 3,还剩于: 1");
