@@ -1,8 +1,13 @@
 #include "cli/commands.h"
 #include "cli/db_command.h"
+#include "jobs/job_error.h"
+#include "platform/letter_case.h"
 #include "platform/utf8.h"
 
+#include <algorithm>
+#include <array>
 #include <iostream>
+#include <sstream>
 
 namespace kelb::cli {
 namespace {
@@ -17,6 +22,7 @@ public:
     }
 
     int run(Program& program) override {
+        refuseChanges();
         ado::Connection connection(program.context().databases());
         open(connection, ado::Connection::Mode::Read);
         ado::Recordset rows;
@@ -26,6 +32,21 @@ public:
     }
 
 private:
+    /// What is no SELECT is the name of a table, and names may hold blanks; those that begin like a statement are not
+    /// worth the riddle that "there is no table delete from …" would be.
+    void refuseChanges() const {
+        std::istringstream words(sql_);
+        std::string first, second;
+        words >> first >> second;
+        const std::u16string verb = platform::lowerCase(platform::fromUtf8(first));
+        constexpr std::array<std::u16string_view, 6> kChanges{u"insert", u"update", u"delete",
+                                                              u"create", u"alter",  u"drop"};
+        if (!second.empty() && std::find(kChanges.begin(), kChanges.end(), verb) != kChanges.end()) {
+            throw jobs::Refused("db query prints the rows of a SELECT and changes nothing; for this statement take "
+                                "kelb db exec");
+        }
+    }
+
     std::string sql_;
     FormatOption format_;
 };

@@ -60,6 +60,9 @@ int JobCommand::runJob(Program& program, const std::string& name, const std::opt
         }
     };
     try {
+        if (lanFolder && !context.platform().files.folderExists(pages.lanFolder)) {
+            host.warning(u"There is no folder " + pages.lanFolder + u" (--lan-folder): no page file will be found.");
+        }
         body(context, host, summary);
     } catch (const std::exception& error) {
         runLog.addLast(platform::fromUtf8(error.what()));

@@ -60,6 +60,7 @@ private:
         check.need(source_, sourcePath_, options_.sourceTable, {u"url", u"content"});
         check.need(dest_, destPath_, options_.destTable, {u"url", u"cid", u"sT", u"sC", u"recTime"});
         check.finish();
+        warnWithoutOverflowFolder(context_.platform(), host_);
 
         articles_.Open(u"select * from " + options_.destTable, dest_, CursorType::Keyset, LockType::Optimistic);
         pages_.Open(u"select * from " + options_.sourceTable, source_, CursorType::Keyset, LockType::ReadOnly);

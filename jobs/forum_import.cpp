@@ -60,6 +60,7 @@ private:
         check.need(source_, sourcePath_, kForumTable, {u"url", u"content", u"cid", u"sC"});
         check.need(dest_, destPath_, kArticleTable, {u"url", u"cid", u"sT", u"sC", u"sA", u"recTime"});
         check.finish();
+        warnWithoutOverflowFolder(context_.platform(), host_);
 
         articles_.Open(u"select * from " + std::u16string(kArticleTable), dest_, CursorType::Keyset,
                        LockType::Optimistic);

@@ -8,6 +8,14 @@
 
 namespace kelb::jobs {
 
+void warnWithoutOverflowFolder(platform::Platform& platform, JobHost& host) {
+    const std::u16string folder = platform.applicationFolder + u"\\TestRec";
+    if (!platform.files.folderExists(folder)) {
+        host.warning(u"There is no folder " + folder +
+                     u": make it, or the first article that is too long ends the job.");
+    }
+}
+
 void OverflowFiles::write(std::u16string_view text, std::u16string_view caption, const OverflowOrigin& origin,
                           platform::UiPump& events) {
     const std::size_t replacedBefore = store_.replacedCharacters();

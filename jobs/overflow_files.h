@@ -1,5 +1,6 @@
 #pragma once
 
+#include "jobs/job_host.h"
 #include "jobs/job_summary.h"
 #include "platform/platform.h"
 #include "platform/ui_pump.h"
@@ -14,6 +15,10 @@ struct OverflowOrigin {
     std::u16string_view url;
     std::u16string_view title;
 };
+
+/// Tells at the start of a long run that its folder "TestRec" is missing, without which the first over-long text ends
+/// it.
+void warnWithoutOverflowFolder(platform::Platform& platform, JobHost& host);
 
 /// Hands over-long texts to store2Disk and lists each file in "TestRec\index.csv": name, job, url, title, length of the
 /// text (UTF-16 code units), time. The list is UTF-8 with a byte order mark, since titles need more than one code page

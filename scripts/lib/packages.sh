@@ -5,6 +5,7 @@ kelb_app_packages=(qt6-base-dev qt6-charts-dev qt6-webengine-dev fonts-wqy-micro
 kelb_app_test_packages=(xvfb xauth xdotool imagemagick)
 kelb_test_packages=(python3-xlwt libgtest-dev libgmock-dev libicu-dev mdbtools nodejs npm postgresql odbc-postgresql)
 kelb_check_packages=(clang-format clang-tidy clang libclang-rt-14-dev)
+kelb_package_packages=(dpkg-dev mmdebstrap)
 kelb_bench_packages=(libbenchmark-dev libicu-dev mdbtools time postgresql odbc-postgresql)
 
 # kelb_install PACKAGE…: asks the network only when something is missing.

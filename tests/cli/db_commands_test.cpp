@@ -197,6 +197,7 @@ INSTANTIATE_TEST_SUITE_P(
         {"missing_file", {"db", "tables", "none.mdb"}, 1, "none.mdb"},
         {"create_over_a_file", {"db", "create", "a.mdb"}, 1, "a.mdb"},
         {"no_such_table", {"db", "query", "a.mdb", "select * from nope"}, 1, "nope"},
+        {"change_as_query", {"db", "query", "a.mdb", "Delete  from t"}, 2, "kelb db exec"},
         {"bad_sql", {"db", "exec", "a.mdb", "create tabel x"}, 1, "tabel"},
         {"no_command", {}, 2, "subcommand"},
         {"no_db_command", {"db"}, 2, "subcommand"},

@@ -176,6 +176,14 @@ TEST_F(JobCommands, AReportTellsTheErrorOrIsRefusedBeforeTheJob) {
     EXPECT_EQ(articles(), "");
 }
 
+TEST_F(JobCommands, AMissingPageFolderIsToldAtOnce) {
+    crawl(1);
+    const Outcome outcome = run(importCommand({"--lan-folder", at("nowhere"), "--quiet"}));
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_THAT(outcome.err, AllOf(HasSubstr("no folder " + at("nowhere")), HasSubstr("--lan-folder")));
+    EXPECT_THAT(outcome.out, HasSubstr("\"skippedBecause\": {\"noPageFile\": 1}"));
+}
+
 TEST_F(JobCommands, AMissingSourceIsNamedAsTheWindowDoes) {
     const Outcome outcome = run({"forum-import", "--dest", at("wxdb.mdb")});
     EXPECT_EQ(outcome.status, 1);
