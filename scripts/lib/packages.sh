@@ -7,6 +7,7 @@ kelb_test_packages=(python3-xlwt libgtest-dev libgmock-dev libicu-dev mdbtools n
 kelb_check_packages=(clang-format clang-tidy clang libclang-rt-14-dev)
 kelb_package_packages=(dpkg-dev mmdebstrap)
 kelb_bench_packages=(libbenchmark-dev libicu-dev mdbtools time postgresql odbc-postgresql)
+kelb_peer_packages=(nodejs npm w3m python3-readability libgumbo-dev time)
 
 # kelb_install PACKAGE…: asks the network only when something is missing.
 kelb_install() {
