@@ -3,8 +3,8 @@
 
 Usage: compare.py CORPUS PEERS KELB HOME WORK [NAME…]     CORPUS: of make_corpus.py; PEERS: folder with node_modules and gumbo_text;
                                                           HOME: application folder; WORK: for results; NAME: these rows only
-CPU seconds are user and system time of the whole process with all that it starts, the least of ROUNDS runs; the memory is that of
-the largest process.
+CPU seconds are user and system time of the whole process with all that it starts, the memory is that of
+the largest process; of ROUNDS runs the least of either.
 """
 
 import json
@@ -141,14 +141,14 @@ class Row:
     name: str
     program: object
     cpu: float = float("inf")  # the least of the runs
-    memory: float = 0.0  # the most
+    memory: float = float("inf")
     kept: dict = field(default_factory=dict)
 
     def run(self, setup, pages):
         self.program.prepare(setup, pages)
         cpu, memory = measured(self.program.words(setup, pages), setup.work / "job.out")
-        self.cpu, self.memory = min(cpu, self.cpu), max(memory, self.memory)
-        print(f"{pages.name}: {self.name}: {cpu:.3f} s", file=sys.stderr, flush=True)
+        self.cpu, self.memory = min(cpu, self.cpu), min(memory, self.memory)
+        print(f"{pages.name}: {self.name}: {cpu:.3f} s, {memory:.0f} MB", file=sys.stderr, flush=True)
 
     def find_kept(self, setup, pages):
         result = self.program.result(setup, pages)
