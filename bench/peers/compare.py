@@ -3,8 +3,8 @@
 
 Usage: compare.py CORPUS PEERS KELB HOME WORK [NAME…]     CORPUS: of make_corpus.py; PEERS: folder with node_modules and gumbo_text;
                                                           HOME: application folder; WORK: for results; NAME: these rows only
-CPU seconds are user and system time of the whole process with all that it starts, the memory is that of
-the largest process; of ROUNDS runs the least of either.
+CPU seconds are user and system time of the whole process with all that it starts, the memory is that of the largest process;
+of ROUNDS runs the least of either.
 """
 
 import json

@@ -10,11 +10,11 @@ def jammer(rng):
     return "".join(chr(rng.randrange(32, 60)) + " " + chr(rng.randrange(63, 127)) for _ in range(rng.randrange(6, 13)))
 
 
-def noise(rng, thread, visible_class):
-    """One half of the noise hides behind a style sheet's class, the other behind an inline style."""
+def noise(rng, thread, hidden):
+    """One half of the noise is hidden by display:none, the other as the board program has it."""
     text = thread.say(NOISE, jammer(rng))
     if rng.random() < 0.5:
-        return f"{visible_class.format(text)}\r\n"
+        return f"{hidden.format(text)}\r\n"
     return f'\r\n<span style="display:none">{text}</span>'
 
 
@@ -29,13 +29,13 @@ def emphasised(rng, sentence):
     return sentence[:start] + mark.format(word) + sentence[start + 3:]
 
 
-def message_lines(rng, thread, post, visible_class, with_noise):
+def message_lines(rng, thread, post, hidden, with_noise):
     """The post's lines with their breaks, and noise in some of the breaks."""
     out = []
     for number, line in enumerate(post.lines):
         if number > 0:
             out.append("<br />")
-            out.append(noise(rng, thread, visible_class) if with_noise and rng.random() < 0.7 else "\r\n")
+            out.append(noise(rng, thread, hidden) if with_noise and rng.random() < 0.7 else "\r\n")
         out.append("".join(emphasised(rng, sentence) for sentence in line))
     if not post.lines:
         out.append('<img src="images/smilies/default/victory.gif" smilieid="14" border="0" alt="" />')
