@@ -139,6 +139,16 @@ void Environment::makeWritable(SharedDatabase& database, AccessWish wish) const 
     }
 }
 
+void Environment::leaveToReaders(std::u16string_view path) {
+    opening(path, [&] {
+        const std::shared_ptr<SharedDatabase> shared = find(platform_.files.identityOf(path));
+        if (shared != nullptr && shared->writable() && !options_.dryRun && !shared->hasWriters() && !shared->isHeld()) {
+            shared->database()->commit(); // reopening keeps no change that a connection could not bring to the disk
+            shared->reopen(jet::Pager::Access::Read);
+        }
+    });
+}
+
 std::shared_ptr<jet::Database> Environment::openDatabase(std::u16string_view path, jet::Pager::Access access) {
     if (access == jet::Pager::Access::Scratch && !options_.dryRun) {
         throwCannotOpen(path, "changes are kept apart from the file in a dry run only");

@@ -46,6 +46,9 @@ public:
     std::shared_ptr<jet::Database> openDatabase(std::u16string_view path, jet::Pager::Access access);
     /// The same with the hash indexes and keysets that its connections share. Throws Error (Connection).
     std::shared_ptr<SharedDatabase> share(std::u16string_view path, AccessWish wish);
+    /// Opens the database for reading again when it is open for writing and no connection that may write has it open
+    /// any more: other programs can read it then. Record sets on it live on. Throws Error (Connection).
+    void leaveToReaders(std::u16string_view path);
     /// Commits every database that is open.
     void flushAll();
 

@@ -37,7 +37,12 @@ struct Execution {
 
 class JetSession final : public Session {
 public:
-    explicit JetSession(std::shared_ptr<SharedDatabase> database) : database_(std::move(database)) {}
+    JetSession(std::shared_ptr<SharedDatabase> database, AccessWish wish)
+        : database_(std::move(database)), mayWrite_(wish != AccessWish::Read) {
+        if (mayWrite_) {
+            database_->writerCame();
+        }
+    }
     ~JetSession() override;
     JetSession(const JetSession&) = delete;
     JetSession& operator=(const JetSession&) = delete;
@@ -98,11 +103,15 @@ private:
     }
 
     std::shared_ptr<SharedDatabase> database_;
+    bool mayWrite_;
     unsigned transactions_ = 0;
 };
 
 /// A transaction that nobody committed did not happen.
 JetSession::~JetSession() {
+    if (mayWrite_) {
+        database_->writerLeft();
+    }
     for (; transactions_ > 0; --transactions_) {
         try {
             database_->rollbackTransaction();
@@ -142,7 +151,8 @@ std::unique_ptr<Session> JetProvider::connect(const ConnectionString& connection
     if (path.empty()) {
         throw Error(Error::Kind::Connection, "the connection string names no database (Data Source=…)");
     }
-    return std::make_unique<JetSession>(environment.share(path, wishOf(connection)));
+    const AccessWish wish = wishOf(connection);
+    return std::make_unique<JetSession>(environment.share(path, wish), wish);
 }
 
 } // namespace kelb::ado

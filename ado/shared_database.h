@@ -60,6 +60,11 @@ public:
     /// Somebody else holds database(), or a transaction is open.
     bool isHeld() const { return database().use_count() > 1 || transactions_ > 0; }
 
+    /// Connections that were opened to write if possible, from their opening to their end.
+    void writerCame() noexcept { ++writers_; }
+    void writerLeft() noexcept { --writers_; }
+    bool hasWriters() const noexcept { return writers_ > 0; }
+
     /// Throws jet::Error (NoSuchTable). Valid as long as definitionVersion() stays.
     jet::Table& table(std::u16string_view name) { return database()->table(name); }
     /// Grows when a table, its columns or their numbers may have changed.
@@ -123,6 +128,7 @@ private:
     std::map<jet::PageNumber, TableState> tables_; ///< by definition page; only tables that need one
     std::uint64_t definitionVersion_ = 1, changeCount_ = 1;
     unsigned transactions_ = 0;
+    unsigned writers_ = 0;
     std::u16string text_;
 };
 

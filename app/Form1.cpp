@@ -81,7 +81,13 @@ Form1::Form1(Parts parts) : parts_(std::move(parts)), ui_(std::make_unique<Ui::F
 void Form1::addTabs() {
     addTab(*new ResultsBrowser({.contexts = parts_.contexts,
                                 .dialogs = parts_.dialogs,
-                                .destination = [this] { return fromQt(ui_->Text3->text()); }}),
+                                .destination = [this] { return fromQt(ui_->Text3->text()); },
+                                .source = [this] { return fromQt(ui_->TextSource->text()); },
+                                .pages = [this] { return host_->pages(); },
+                                .busy = [this] { return busy(); },
+                                .dryRun = [this] { return options_->options().dryRun; },
+                                .say = [this](const QString& text) { say(text); },
+                                .viewPage = [this](const std::u16string& page) { viewPage(page); }}),
            texts::kTabResults);
     reasons_ = new ReasonsView([](const jobs::RowPlace&, const jobs::VisitedRow&, jobs::RowFate) {});
     addTab(*reasons_, texts::kTabReasons);
@@ -95,6 +101,7 @@ void Form1::addTab(QWidget& tab, const char* title) {
 Form1::~Form1() {
     templates_.reset();
     delete viewer_;
+    delete savedPage_;
     delete jobsPage_;
 }
 
@@ -177,14 +184,19 @@ void Form1::Check1_Click() {
     ui_->BrowseFolder->setEnabled(ui_->Check1->isChecked() && !jobRuns());
 }
 
-void Form1::press(const JobButton& job) {
-    const QString caption = captionOf(*this, job.button);
+/// Why no job can start now; "" when one can.
+QString Form1::busy() const {
     if (jobRuns()) {
-        say(texts::shown(texts::kJobRuns).arg(captionOf(*this, running_->button)));
-    } else if (templates_->extracts()) {
-        say(texts::shown(texts::kExtractorRuns));
+        return texts::shown(texts::kJobRuns).arg(captionOf(*this, running_->button));
+    }
+    return templates_->extracts() ? texts::shown(texts::kExtractorRuns) : QString();
+}
+
+void Form1::press(const JobButton& job) {
+    if (const QString why = busy(); !why.isEmpty()) {
+        say(why);
     } else {
-        run(job, caption);
+        run(job, captionOf(*this, job.button));
     }
 }
 
@@ -268,10 +280,8 @@ void Form1::showSummary(const QString& text) {
 }
 
 void Form1::showSetup() {
-    if (jobRuns()) {
-        say(texts::shown(texts::kJobRuns).arg(captionOf(*this, running_->button)));
-    } else if (templates_->extracts()) {
-        say(texts::shown(texts::kExtractorRuns));
+    if (const QString why = busy(); !why.isEmpty()) {
+        say(why);
     } else {
         templates_->showSetup();
     }
@@ -288,6 +298,17 @@ void Form1::showViewer() {
     viewer_->show();
     viewer_->raise();
     viewer_->activateWindow();
+}
+
+/// One page at a time: the viewer is made anew for each.
+void Form1::viewPage(const std::u16string& page) {
+    delete savedPage_;
+    savedPage_ = parts_.makeSavedPageViewer ? parts_.makeSavedPageViewer(page).release() : nullptr;
+    if (savedPage_ == nullptr) {
+        say(texts::shown(texts::kViewerMissing));
+    } else {
+        savedPage_->show();
+    }
 }
 
 void Form1::showJobsPage() {
@@ -319,7 +340,7 @@ void Form1::closeEvent(QCloseEvent* event) {
     }
     templates_->closeAll();
     fields_->save();
-    for (QWidget* other : {static_cast<QWidget*>(jobsPage_.data()), viewer_.data()}) {
+    for (QWidget* other : {static_cast<QWidget*>(jobsPage_.data()), viewer_.data(), savedPage_.data()}) {
         if (other != nullptr) {
             other->close();
         }

@@ -46,6 +46,8 @@ public:
         /// Makes the window of the menu entry; nullptr when the program was built without it.
         std::function<std::unique_ptr<QWidget>()> makePageViewer;
         QString about; ///< text of the about box
+        /// Makes the viewer of a page file that a result came from; nullptr when the program was built without it.
+        std::function<std::unique_ptr<QWidget>(const std::u16string& page)> makeSavedPageViewer = {};
     };
     explicit Form1(Parts parts);
     ~Form1() override;
@@ -67,6 +69,7 @@ private:
     void connectJobs();
     void addTabs();
     void addTab(QWidget& tab, const char* title);
+    QString busy() const;
     void Check1_Click();
     void press(const JobButton& job);
     void run(const JobButton& job, const QString& caption);
@@ -75,6 +78,7 @@ private:
     void showSummary(const QString& text);
     void showSetup();
     void showViewer();
+    void viewPage(const std::u16string& page);
     void showJobsPage();
 
     Parts parts_;
@@ -85,7 +89,7 @@ private:
     RunOptionsMenu* options_ = nullptr; ///< a child of the window
     ReasonsView* reasons_ = nullptr;    ///< a tab
     QPointer<QTextBrowser> jobsPage_;
-    QPointer<QWidget> viewer_;
+    QPointer<QWidget> viewer_, savedPage_;
     std::unique_ptr<TemplateWindows> templates_;
     const JobButton* running_ = nullptr;
     bool closeAsked_ = false;

@@ -77,7 +77,12 @@ int showMainWindow(Program& program, const StartOptions& options, UserDialogs& d
          .contexts = program.contexts(),
          .makePageViewer = [&] { return makePageViewer(viewed, program.platform().files, dialogs); },
          .about =
-             texts::shown(texts::kAbout).arg(QApplication::applicationVersion(), home, toQt(program.settingsFile()))});
+             texts::shown(texts::kAbout).arg(QApplication::applicationVersion(), home, toQt(program.settingsFile())),
+         .makeSavedPageViewer =
+             [&](const std::u16string& page) {
+                 return makePageViewer({.page = page, .address = {}, .atOnce = true}, program.platform().files,
+                                       dialogs);
+             }});
     if (!QFileInfo(home).isWritable()) {
         form.say(texts::shown(texts::kNotWritable).arg(home));
     }

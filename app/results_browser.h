@@ -1,9 +1,25 @@
 #pragma once
 
+#include "app/article_panes.h"
+#include "app/results_model.h"
+#include "jobs/result_filter.h"
+
+#include <QTimer>
 #include <QWidget>
 
 #include <functional>
+#include <memory>
+#include <optional>
 #include <string>
+#include <vector>
+
+class QCheckBox;
+class QComboBox;
+class QHBoxLayout;
+class QLabel;
+class QLineEdit;
+class QPushButton;
+class QTableView;
 
 namespace kelb::app {
 
@@ -11,7 +27,9 @@ class JobContexts;
 class PathField;
 class UserDialogs;
 
-/// The tab "结果": a destination table as its readers will see it, article by article.
+/// The tab "结果": a destination table as its readers will see it, article by article. The database is open for reading
+/// while the tab is on screen, and let go when another tab comes in front. No error leaves a slot: it is told in the
+/// tab itself.
 class ResultsBrowser final : public QWidget {
 public:
     /// What the tab works on; everything outlives it.
@@ -19,15 +37,67 @@ public:
         JobContexts& contexts;
         UserDialogs& dialogs;
         std::function<std::u16string()> destination; ///< `Text3`: shown while the tab's own field is empty
+        std::function<std::u16string()> source;      ///< the crawl database; "" leaves the choice to the settings
+        std::function<jobs::PageLocation()> pages;
+        std::function<QString()> busy; ///< why nothing can be changed now, "" when it can
+        std::function<bool()> dryRun;
+        std::function<void(const QString&)> say; ///< in the status line
+        std::function<void(const std::u16string& path)> viewPage;
     };
     explicit ResultsBrowser(Parts parts);
+    ~ResultsBrowser() override;
+
+    /// Rows that can be marked at once.
+    static constexpr int kMostMarked = 100'000;
+
+    /// Opens the database and its table anew (F5). The chosen row stays chosen if it is still where it was.
+    void refresh();
+    /// Sets blnPass of the chosen rows.
+    void mark(bool pass);
 
 protected:
     void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
 
 private:
+    QHBoxLayout* databaseLine();
+    QHBoxLayout* filterLine();
+    QHBoxLayout* buttonLine();
+    QPushButton& button(QHBoxLayout& line, const char* name, const char* caption, const char* toolTip,
+                        const std::function<void()>& pressed);
+    void makeList();
+    void makeShortcuts();
+    void release();
+    std::u16string wantedPath() const;
+    void openDatabase();
+    void openTable();
+    void listingCame();
+    void tell(const QString& trouble);
+    void showCounts();
+    void filterChanged();
+    void lookOn();
+    void watchJob();
+    void sort(int column);
+    void showCurrent();
+    std::vector<int> chosenLines() const;
+    bool mayMark();
+    void markLines(const std::vector<int>& lines, bool pass);
+
     Parts parts_;
     PathField& path_;
+    QComboBox& tables_;
+    QLineEdit& filterText_;
+    QCheckBox& bodies_;
+    QLabel &counts_, &trouble_;
+    QTableView& list_;
+    ArticlePanes& panes_;
+    ResultsModel model_;
+    QTimer slice_, watch_;
+    bool jobRan_ = false;
+    std::u16string opened_; ///< path of the database whose tables are listed
+    std::optional<jobs::ResultListing::Order> order_;
+    std::unique_ptr<jobs::ResultListing> listing_;
+    std::unique_ptr<jobs::ResultFilter> filter_;
 };
 
 } // namespace kelb::app

@@ -151,6 +151,67 @@ inline constexpr char kTabSpare[] = KELB_TEXT("备用");
 
 // The tab of results.
 inline constexpr char kResultsDatabase[] = KELB_TEXT("数据库(&A)");
+inline constexpr char kResultsDatabaseName[] = KELB_TEXT("结果数据库");
+inline constexpr char kResultsDatabaseTip[] = KELB_TEXT("要查看的 Access 数据库；留空时用“提取”页的 Destination DB。");
+inline constexpr char kResultsTable[] = KELB_TEXT("表(&Z)");
+inline constexpr char kResultsTableTip[] = KELB_TEXT("要查看的表。");
+inline constexpr char kResultsRefresh[] = KELB_TEXT("刷新 F5");
+inline constexpr char kResultsRefreshTip[] = KELB_TEXT("重新读取表中的记录。");
+inline constexpr char kResultsFilter[] = KELB_TEXT("筛选(&I)");
+inline constexpr char kResultsFilterHint[] = KELB_TEXT("标题或网址中的文字 (Ctrl+F)");
+inline constexpr char kResultsBodies[] = KELB_TEXT("也查正文");
+inline constexpr char kResultsBodiesTip[] = KELB_TEXT("在正文里也查找；大的表要多花一些时间，窗口不会停顿。");
+inline constexpr char kResultsList[] = KELB_TEXT("结果列表");
+inline constexpr char kResultsListTip[] =
+    KELB_TEXT("空格键切换所选各行的审核标记，回车键打开来源记录，单击标题、时间或网址的表头可排序。");
+inline constexpr char kResultsPass[] = KELB_TEXT("通过(&Y)");
+inline constexpr char kResultsPassTip[] = KELB_TEXT("把所选各行的 blnPass 设为真：可以发布。");
+inline constexpr char kResultsFail[] = KELB_TEXT("不通过(&N)");
+inline constexpr char kResultsFailTip[] = KELB_TEXT("把所选各行的 blnPass 设为假：不发布。");
+inline constexpr char kResultsSourceRow[] = KELB_TEXT("来源记录(&M)");
+inline constexpr char kResultsSourceRowTip[] = KELB_TEXT("显示这篇文章在源数据库中的记录；不改变任何数据。");
+inline constexpr char kResultsViewer[] = KELB_TEXT("完整页面(&V)");
+inline constexpr char kResultsViewerTip[] = KELB_TEXT("在页面查看器中打开来源页面，脚本和样式照常起作用。");
+inline constexpr ObjectText kResultsColumns[] = {
+    {"pass", KELB_TEXT("通过")}, {"title", KELB_TEXT("标题")}, {"length", KELB_TEXT("字数")},
+    {"time", KELB_TEXT("时间")}, {"url", KELB_TEXT("来源")},
+};
+inline constexpr char kResultsCount[] = KELB_TEXT("共 %1 行");
+inline constexpr char kResultsMatches[] = KELB_TEXT("找到 %1 / %2 行");
+inline constexpr char kResultsLooking[] = KELB_TEXT("找到 %1 行，已查 %2%");
+inline constexpr char kResultsGone[] = KELB_TEXT("（此行已被删除，按 F5 刷新）");
+inline constexpr char kResultsNoTable[] = KELB_TEXT("数据库中没有表：%1");
+inline constexpr char kResultsCannotOpen[] = KELB_TEXT("无法显示：%1");
+inline constexpr char kResultsMarked[] = KELB_TEXT("已标记 %1 行。");
+inline constexpr char kResultsTooMany[] = KELB_TEXT("一次最多标记 %1 行。");
+inline constexpr char kResultsTooManyToSort[] = KELB_TEXT("超过 %1 行的表不排序。");
+inline constexpr char kResultsMoved[] = KELB_TEXT("字段已添加，但表中的记录已有变化：请重新选择要标记的行。");
+inline constexpr char kResultsNothingChosen[] = KELB_TEXT("没有选中任何行。");
+inline constexpr char kResultsDryRun[] = KELB_TEXT("“试运行”已打开，什么都不改变：没有标记。");
+inline constexpr char kResultsAddPass[] =
+    KELB_TEXT("表 %1 没有审核字段 blnPass。\n现在添加这个字段（是/否，现有各行都为否）并标记所选的行吗？");
+inline constexpr char kResultsArticle[] = KELB_TEXT("文章（发布后的样子）");
+inline constexpr char kResultsFieldsOnly[] = KELB_TEXT("记录的全部字段（此表没有正文）");
+inline constexpr char kResultsChoose[] = KELB_TEXT("在上面的列表中选择一行。");
+inline constexpr char kResultsCut[] = KELB_TEXT("（太长，只显示前 %1 个字符。）");
+inline constexpr char kSourcePage[] = KELB_TEXT("来源页面");
+inline constexpr char kSourcePageAt[] = KELB_TEXT("来源页面：%1");
+inline constexpr char kSourcePageInRow[] = KELB_TEXT("来源页面：存于 %1 表的记录中");
+inline constexpr char kSourceLooking[] = KELB_TEXT("正在查找来源页面…");
+inline constexpr char kSourceNoUrl[] = KELB_TEXT("此行没有网址，找不到它的来源。");
+inline constexpr char kSourceNotFound[] =
+    KELB_TEXT("来源记录已不存在：%1\n中没有网址 %2。\n（源数据库在“提取”页的 Source DB 中指定。）");
+inline constexpr char kSourceNoContent[] = KELB_TEXT("来源记录（%1 表）没有页面：content 为空。");
+inline constexpr char kSourceFileGone[] =
+    KELB_TEXT("页面文件已不存在（可能已被任务删除），找过：\n%1\n（页面文件夹在“提取”页指定。）");
+inline constexpr char kSourceUnreadable[] = KELB_TEXT("页面文件无法读取：%1");
+inline constexpr char kSourceNoDatabase[] = KELB_TEXT("无法查找来源：%1");
+inline constexpr char kSourceNoFile[] = KELB_TEXT("这篇文章没有可以打开的页面文件。");
+inline constexpr char kSourceRowTitle[] = KELB_TEXT("来源记录：%1 表");
+inline constexpr char kSourceRowGone[] = KELB_TEXT("来源记录已不存在：%1\n中没有这条记录：%2");
+inline constexpr char kSourceRowField[] = KELB_TEXT("字段");
+inline constexpr char kSourceRowValue[] = KELB_TEXT("值");
+inline constexpr char kSourceRowWhole[] = KELB_TEXT("所选字段的全部内容");
 
 // The status line.
 inline constexpr char kReady[] = KELB_TEXT("就绪");

@@ -7,6 +7,7 @@ kelb_library(kelb_window
         app/Form1.cpp
         app/Form1.ui
         app/FrmStp1.cpp
+        app/article_panes.cpp
         app/extractor_window.cpp
         app/form_texts.cpp
         app/job_buttons.cpp
@@ -20,8 +21,11 @@ kelb_library(kelb_window
         app/reasons_view.cpp
         app/remembered_fields.cpp
         app/results_browser.cpp
+        app/results_model.cpp
         app/run_options_menu.cpp
+        app/source_row_dialog.cpp
         app/start_options.cpp
+        app/still_page.cpp
         app/summary_text.cpp
         app/template_windows.cpp
         app/texts.cpp

@@ -120,6 +120,33 @@ TEST_F(Connecting, AReaderDoesNotKeepAWriterOut) {
     EXPECT_EQ(rows(u"select * from t"), "x! / y!");
 }
 
+/// What was opened for writing beside a reader is other programs' to read again when it need not be written any more.
+TEST_F(Connecting, LeavesADatabaseToReadersOnceNobodyMayWriteIt) {
+    connection->Close();
+    Environment otherProgram(platform_, {});
+    const auto othersCanRead = [&] {
+        Connection other(otherProgram);
+        other.mode = Connection::Mode::Read;
+        return !errorOf([&] { other.Open(path); });
+    };
+    connection->mode = Connection::Mode::Read;
+    connection->Open(path);
+    Recordset read = open(u"select * from t", LockType::ReadOnly);
+    {
+        Connection writer(*environment);
+        writer.Open(path);
+        writer.Execute(u"insert into t values ('y')");
+        environment->leaveToReaders(path);
+        EXPECT_FALSE(othersCanRead());
+        writer.Execute(u"update t set a = a & '!'");
+    }
+    EXPECT_FALSE(othersCanRead());
+    environment->leaveToReaders(path);
+    EXPECT_TRUE(othersCanRead());
+    EXPECT_EQ(show(read), "x!");
+    EXPECT_EQ(rows(u"select * from t"), "x! / y!");
+}
+
 TEST_F(Connecting, ALentDatabaseKeepsItsAccess) {
     connection->Close();
     const auto lent = environment->openDatabase(path, jet::Pager::Access::Read);
