@@ -3,6 +3,7 @@
 #include "app/job_contexts.h"
 #include "app/path_field.h"
 #include "app/qt_text.h"
+#include "app/results_list.h"
 #include "app/texts.h"
 #include "app/user_dialogs.h"
 
@@ -16,10 +17,9 @@
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QShortcut>
-#include <QSignalBlocker>
 #include <QShowEvent>
+#include <QSignalBlocker>
 #include <QSplitter>
-#include <QTableView>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -39,13 +39,6 @@ constexpr int kWatchMilliseconds = 1'000;
 
 constexpr const char16_t* kUsualTable = u"wxAll";
 
-struct SortColumn {
-    int column;
-    Column by;
-};
-constexpr SortColumn kSortColumns[] = {
-    {ResultsModel::Title, Column::Title}, {ResultsModel::Time, Column::Time}, {ResultsModel::Url, Column::Url}};
-
 void explain(QWidget& widget, const char* name, const char* accessibleName, const char* toolTip) {
     widget.setObjectName(name);
     widget.setAccessibleName(texts::shown(accessibleName).remove(QRegularExpression(R"(\(&.\))")));
@@ -64,17 +57,18 @@ QLabel* captionFor(QWidget& field, const char* text) {
 ResultsBrowser::ResultsBrowser(Parts parts)
     : parts_(std::move(parts)), path_(*new PathField), tables_(*new QComboBox), filterText_(*new QLineEdit),
       bodies_(*new QCheckBox(texts::shown(texts::kResultsBodies))), counts_(*new QLabel), trouble_(*new QLabel),
-      list_(*new QTableView), panes_(*new ArticlePanes({.context = parts_.contexts.program(),
-                                                        .dialogs = parts_.dialogs,
-                                                        .source = parts_.source,
-                                                        .pages = parts_.pages,
-                                                        .say = parts_.say,
-                                                        .viewPage = parts_.viewPage})),
-      model_(nullptr, [this](int line, bool pass) {
-          if (mayMark()) {
-              markLines({line}, pass);
-          }
-      }) {
+      model_(nullptr,
+             [this](int line, bool pass) {
+                 if (mayMark()) {
+                     markLines({line}, pass);
+                 }
+             }),
+      list_(*new ResultsList(model_)), panes_(*new ArticlePanes({.context = parts_.contexts.program(),
+                                                                 .dialogs = parts_.dialogs,
+                                                                 .source = parts_.source,
+                                                                 .pages = parts_.pages,
+                                                                 .say = parts_.say,
+                                                                 .viewPage = parts_.viewPage})) {
     setObjectName("TabResults");
     makeList();
     trouble_.setObjectName("ResultsTrouble");
@@ -177,30 +171,8 @@ QPushButton& ResultsBrowser::button(QHBoxLayout& line, const char* name, const c
 
 void ResultsBrowser::makeList() {
     explain(list_, "ResultsList", texts::kResultsList, texts::kResultsListTip);
-    list_.setToolTip({});
-    list_.setModel(&model_);
-    list_.setSelectionBehavior(QAbstractItemView::SelectRows);
-    list_.setSelectionMode(QAbstractItemView::ExtendedSelection);
-    list_.setTabKeyNavigation(false);
-    list_.setWordWrap(false);
-    list_.setShowGrid(false);
-    list_.setAlternatingRowColors(true);
-    list_.setMinimumSize(100, 60);
-    list_.setVerticalScrollMode(QAbstractItemView::ScrollPerItem);
-    QHeaderView& lines = *list_.verticalHeader();
-    lines.hide();
-    lines.setSectionResizeMode(QHeaderView::Fixed); // no line is read for its height
-    lines.setDefaultSectionSize(list_.fontMetrics().height() * 3 / 2);
-    QHeaderView& columns = *list_.horizontalHeader();
-    columns.setSectionsClickable(true);
-    columns.setHighlightSections(false);
-    columns.setSectionResizeMode(ResultsModel::Title, QHeaderView::Stretch);
-    const int digit = list_.fontMetrics().horizontalAdvance(u'0');
-    list_.setColumnWidth(ResultsModel::Pass, 7 * digit);
-    list_.setColumnWidth(ResultsModel::Length, 9 * digit);
-    list_.setColumnWidth(ResultsModel::Time, 22 * digit);
-    list_.setColumnWidth(ResultsModel::Url, 40 * digit);
-    connect(&columns, &QHeaderView::sectionClicked, this, &ResultsBrowser::sort);
+    list_.setToolTip({}); // it would hide the tooltips of the lines
+    connect(list_.horizontalHeader(), &QHeaderView::sectionClicked, this, &ResultsBrowser::sort);
     connect(list_.selectionModel(), &QItemSelectionModel::currentRowChanged, this, &ResultsBrowser::showCurrent);
     connect(&list_, &QTableView::doubleClicked, this, [this] { panes_.openSourceRow(); });
 }
@@ -316,17 +288,8 @@ void ResultsBrowser::openTable() {
 
 void ResultsBrowser::listingCame() {
     model_.show(listing_.get());
-    list_.setColumnHidden(ResultsModel::Pass, !listing_->hasPass());
-    list_.setColumnHidden(ResultsModel::Length, !listing_->fieldOf(Column::Body));
-    list_.setColumnHidden(ResultsModel::Time, !listing_->fieldOf(Column::Time));
-    list_.setColumnHidden(ResultsModel::Url, !listing_->fieldOf(Column::Url));
-    QHeaderView& header = *list_.horizontalHeader();
-    const auto* sorted = std::ranges::find_if(
-        kSortColumns, [this](const SortColumn& each) { return order_ && each.by == order_->column; });
-    header.setSortIndicatorShown(sorted != std::end(kSortColumns));
-    if (sorted != std::end(kSortColumns)) {
-        header.setSortIndicator(sorted->column, order_->descending ? Qt::DescendingOrder : Qt::AscendingOrder);
-    }
+    list_.fit(*listing_);
+    list_.showOrder(order_);
     watch_.start();
     filterChanged();
 }
@@ -410,16 +373,16 @@ void ResultsBrowser::watchJob() {
 }
 
 void ResultsBrowser::sort(int column) {
-    const auto* by = std::ranges::find(kSortColumns, column, &SortColumn::column);
-    if (by == std::end(kSortColumns) || listing_ == nullptr) {
+    const auto by = ResultsList::sortedBy(column);
+    if (!by || listing_ == nullptr) {
         return;
     }
     if (listing_->count() > jobs::ResultListing::kMostSorted) {
         parts_.say(texts::shown(texts::kResultsTooManyToSort).arg(jobs::ResultListing::kMostSorted));
         return;
     }
-    const bool again = order_ && order_->column == by->by;
-    order_ = {by->by, again && !order_->descending};
+    const bool again = order_ && order_->column == *by;
+    order_ = {*by, again && !order_->descending};
     openTable();
 }
 
@@ -435,16 +398,6 @@ void ResultsBrowser::showCurrent() {
         panes_.showNothing();
         tell(texts::shown(texts::kResultsCannotOpen).arg(QString::fromUtf8(failure.what())));
     }
-}
-
-std::vector<int> ResultsBrowser::chosenLines() const {
-    std::vector<int> lines;
-    for (const QItemSelectionRange& range : list_.selectionModel()->selection()) {
-        for (int line = range.top(); line <= range.bottom() && lines.size() <= std::size_t{kMostMarked}; ++line) {
-            lines.push_back(line);
-        }
-    }
-    return lines;
 }
 
 /// Otherwise says why not.
@@ -464,10 +417,10 @@ void ResultsBrowser::mark(bool pass) {
     if (listing_ == nullptr || !mayMark()) {
         return;
     }
-    const std::vector<int> lines = chosenLines();
+    const std::vector<int> lines = list_.chosenLines(kMostMarked);
     if (lines.empty()) {
         parts_.say(texts::shown(texts::kResultsNothingChosen));
-    } else if (lines.size() > std::size_t{kMostMarked}) {
+    } else if (lines.size() > kMostMarked) {
         parts_.say(texts::shown(texts::kResultsTooMany).arg(kMostMarked));
     } else {
         markLines(lines, pass);

@@ -7,6 +7,7 @@
 #include <QTimer>
 #include <QWidget>
 
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -19,12 +20,12 @@ class QHBoxLayout;
 class QLabel;
 class QLineEdit;
 class QPushButton;
-class QTableView;
 
 namespace kelb::app {
 
 class JobContexts;
 class PathField;
+class ResultsList;
 class UserDialogs;
 
 /// The tab "结果": a destination table as its readers will see it, article by article. The database is open for reading
@@ -48,7 +49,7 @@ public:
     ~ResultsBrowser() override;
 
     /// Rows that can be marked at once.
-    static constexpr int kMostMarked = 100'000;
+    static constexpr std::size_t kMostMarked = 100'000;
 
     /// Opens the database and its table anew (F5). The chosen row stays chosen if it is still where it was.
     void refresh();
@@ -79,7 +80,6 @@ private:
     void watchJob();
     void sort(int column);
     void showCurrent();
-    std::vector<int> chosenLines() const;
     bool mayMark();
     void markLines(const std::vector<int>& lines, bool pass);
 
@@ -89,9 +89,9 @@ private:
     QLineEdit& filterText_;
     QCheckBox& bodies_;
     QLabel &counts_, &trouble_;
-    QTableView& list_;
-    ArticlePanes& panes_;
     ResultsModel model_;
+    ResultsList& list_;
+    ArticlePanes& panes_;
     QTimer slice_, watch_;
     bool jobRan_ = false;
     std::u16string opened_; ///< path of the database whose tables are listed

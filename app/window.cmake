@@ -21,6 +21,7 @@ kelb_library(kelb_window
         app/reasons_view.cpp
         app/remembered_fields.cpp
         app/results_browser.cpp
+        app/results_list.cpp
         app/results_model.cpp
         app/run_options_menu.cpp
         app/source_row_dialog.cpp

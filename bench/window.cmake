@@ -1,2 +1,5 @@
 add_executable(window_bench window_bench.cpp)
 target_link_libraries(window_bench PRIVATE kelb_window kelb_warnings)
+
+add_executable(results_bench results_bench.cpp)
+target_link_libraries(results_bench PRIVATE kelb_window kelb_warnings)
