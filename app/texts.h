@@ -170,7 +170,7 @@ inline constexpr char kResultsFail[] = KELB_TEXT("不通过(&N)");
 inline constexpr char kResultsFailTip[] = KELB_TEXT("把所选各行的 blnPass 设为假：不发布。");
 inline constexpr char kResultsSourceRow[] = KELB_TEXT("来源记录(&M)");
 inline constexpr char kResultsSourceRowTip[] = KELB_TEXT("显示这篇文章在源数据库中的记录；不改变任何数据。");
-inline constexpr char kResultsViewer[] = KELB_TEXT("完整页面(&V)");
+inline constexpr char kResultsViewer[] = KELB_TEXT("完整页面(&G)");
 inline constexpr char kResultsViewerTip[] = KELB_TEXT("在页面查看器中打开来源页面，脚本和样式照常起作用。");
 inline constexpr ObjectText kResultsColumns[] = {
     {"pass", KELB_TEXT("通过")}, {"title", KELB_TEXT("标题")}, {"length", KELB_TEXT("字数")},
