@@ -1,11 +1,13 @@
 #include "app/Form1.h"
 
 #include "app/form_texts.h"
+#include "app/job_contexts.h"
 #include "app/qt_text.h"
 #include "app/reasons_view.h"
 #include "app/remembered_fields.h"
 #include "app/results_browser.h"
 #include "app/run_options_menu.h"
+#include "app/source_row_dialog.h"
 #include "app/summary_text.h"
 #include "app/template_windows.h"
 #include "app/texts.h"
@@ -89,7 +91,8 @@ void Form1::addTabs() {
                                 .say = [this](const QString& text) { say(text); },
                                 .viewPage = [this](const std::u16string& page) { viewPage(page); }}),
            texts::kTabResults);
-    reasons_ = new ReasonsView([](const jobs::RowPlace&, const jobs::VisitedRow&, jobs::RowFate) {});
+    reasons_ =
+        new ReasonsView([this](const jobs::RowPlace& place, const jobs::VisitedRow& row) { openVisited(place, row); });
     addTab(*reasons_, texts::kTabReasons);
 }
 
@@ -301,6 +304,30 @@ void Form1::showViewer() {
 }
 
 /// One page at a time: the viewer is made anew for each.
+void Form1::openVisited(const jobs::RowPlace& place, const jobs::VisitedRow& row) {
+    if (place.table.empty() && isFile(row.name)) {
+        viewPage(row.name);
+    } else if (place.field == u"url") {
+        jobs::RowName name{.database = place.database, .table = place.table, .id = std::nullopt, .url = row.name};
+        bool isNumber = false;
+        if (const qlonglong id = toQt(row.name).toLongLong(&isNumber); isNumber) { // a row without an address
+            name.id = id;
+            name.url.clear();
+        }
+        showSourceRow(this, parts_.contexts.program(), parts_.dialogs, name);
+    } else {
+        say(texts::shown(texts::kRowHasNoPlace));
+    }
+}
+
+bool Form1::isFile(const std::u16string& path) const {
+    try {
+        return parts_.platform.files.fileExists(path);
+    } catch (const platform::FileError&) { // an offline share: nothing that could be opened
+        return false;
+    }
+}
+
 void Form1::viewPage(const std::u16string& page) {
     delete savedPage_;
     savedPage_ = parts_.makeSavedPageViewer ? parts_.makeSavedPageViewer(page).release() : nullptr;

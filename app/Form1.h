@@ -79,6 +79,8 @@ private:
     void showSetup();
     void showViewer();
     void viewPage(const std::u16string& page);
+    void openVisited(const jobs::RowPlace& place, const jobs::VisitedRow& row);
+    bool isFile(const std::u16string& path) const;
     void showJobsPage();
 
     Parts parts_;

@@ -106,7 +106,7 @@ ReasonsView::ReasonsView(OpenRow openRow)
     connect(bar_, &QComboBox::currentIndexChanged, this, &ReasonsView::showRows);
     connect(rows_, &QTableView::activated, this, [this](const QModelIndex& index) {
         if (const jobs::VisitedRow* row = model_->row(index)) {
-            openRow_(summary_.source, *row, bars()[static_cast<std::size_t>(bar_->currentIndex())].fate);
+            openRow_(summary_.source, *row);
         }
     });
 }

@@ -20,7 +20,7 @@ class RowsModel;
 class ReasonsView final : public QWidget {
 public:
     /// Shows where a row is found again; called for a row that is double-clicked or activated by key.
-    using OpenRow = std::function<void(const jobs::RowPlace& place, const jobs::VisitedRow& row, jobs::RowFate fate)>;
+    using OpenRow = std::function<void(const jobs::RowPlace& place, const jobs::VisitedRow& row)>;
     explicit ReasonsView(OpenRow openRow);
     ~ReasonsView() override;
 

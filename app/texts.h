@@ -241,6 +241,7 @@ inline constexpr char kNoRunYet[] = KELB_TEXT("任务结束后，这里按原因
 inline constexpr char kRowsOf[] = KELB_TEXT("查看记录(&V)：");
 inline constexpr char kRowsName[] = KELB_TEXT("记录");
 inline constexpr char kRowsDetail[] = KELB_TEXT("说明");
+inline constexpr char kRowHasNoPlace[] = KELB_TEXT("这条记录没有可以打开的来源。");
 inline constexpr char kRowsMore[] = KELB_TEXT("只列出前 %1 条，另有 %2 条");
 inline constexpr char kSummaryRows[] = KELB_TEXT("%1：共 %2 行");
 inline constexpr char kSummarySaved[] = KELB_TEXT("保存 %1");

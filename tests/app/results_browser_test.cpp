@@ -1,6 +1,7 @@
 #include "app/Form1.h"
 #include "app/results_model.h"
 #include "app/still_page.h"
+#include "app/texts.h"
 #include "tests/app/window_fixture.h"
 #include "tests/jobs/job_fixture.h"
 
@@ -11,6 +12,7 @@
 #include <QDialog>
 #include <QHeaderView>
 #include <QLineEdit>
+#include <QPushButton>
 #include <QTabWidget>
 #include <QTableView>
 #include <QTableWidget>
@@ -47,21 +49,24 @@ protected:
         remembered.setValue("fields/TextSource", QString::fromUtf16(kSource.data()));
         remembered.setValue("fields/Text3", QString::fromUtf16(kDest.data()));
         remembered.setValue("fields/Text1", "X:\\lan\\");
-        form = std::make_unique<Form1>(Form1::Parts{
-            .platform = platform,
-            .configuration = settings,
-            .dialogs = dialogs,
-            .remembered = remembered,
-            .jobs = {{"Command1", "ChkStopFor", "test-job",
-                      [this](const JobRequest&, jobs::JobHost& running, jobs::JobSummary&) { job(running); }}},
-            .contexts = contexts,
-            .makePageViewer = [] { return std::unique_ptr<QWidget>(); },
-            .about = {},
-            .makeSavedPageViewer =
-                [this](const std::u16string& page) {
-                    viewed = page;
-                    return std::make_unique<QWidget>();
-                }});
+        form = std::make_unique<Form1>(
+            Form1::Parts{.platform = platform,
+                         .configuration = settings,
+                         .dialogs = dialogs,
+                         .remembered = remembered,
+                         .jobs = {{"Command1", "ChkStopFor", "test-job",
+                                   [this](const JobRequest&, jobs::JobHost& running, jobs::JobSummary& summary) {
+                                       job(running);
+                                       summary = visited;
+                                   }}},
+                         .contexts = contexts,
+                         .makePageViewer = [] { return std::unique_ptr<QWidget>(); },
+                         .about = {},
+                         .makeSavedPageViewer =
+                             [this](const std::u16string& page) {
+                                 viewed = page;
+                                 return std::make_unique<QWidget>();
+                             }});
         form->show();
         form->activateWindow(); // keys of shortcuts go to the active window
         ASSERT_TRUE(QTest::qWaitForWindowActive(form.get()));
@@ -97,6 +102,7 @@ protected:
     std::vector<std::string> marks() { return rows(kDest, u"select sT, blnPass from wxAll"); }
     std::u16string viewed;
     std::function<void(jobs::JobHost&)> job = [](jobs::JobHost&) {};
+    jobs::JobSummary visited{"test-job"};
 
     QTemporaryDir folder;
     QSettings remembered{folder.filePath("remembered.ini"), QSettings::IniFormat};
@@ -254,6 +260,33 @@ TEST_F(ResultsBrowserTest, SortsByAClickOnAHeader) {
     EXPECT_THAT(titles(), ElementsAre("电视黑屏", "洗衣机不脱水", "来历不明"));
     click();
     EXPECT_THAT(titles(), ElementsAre("来历不明", "洗衣机不脱水", "电视黑屏"));
+}
+
+TEST_F(ResultsBrowserTest, ARowBehindABarOpensWhatItStandsFor) {
+    open();
+    showTab("TabReasons");
+    const auto openRow = [&](const jobs::RowPlace& place, const std::u16string& name) {
+        visited = jobs::JobSummary("test-job");
+        visited.source = place;
+        visited.fail("noTitle", name, u"");
+        find<QPushButton>("Command1").click();
+        auto& rows = find<QTableView>("ReasonsRows");
+        emit rows.activated(rows.model()->index(0, 0));
+    };
+    const jobs::RowPlace table{std::u16string(kSource), u"bbsforum", u"url"};
+    openRow(table, u"http://b/thread-7-1-1.html");
+    ASSERT_NE(form->findChild<QDialog*>("SourceRow"), nullptr);
+    delete form->findChild<QDialog*>("SourceRow");
+    openRow(table, u"2"); // by its number, since it had no address
+    EXPECT_NE(form->findChild<QDialog*>("SourceRow"), nullptr);
+    EXPECT_THAT(dialogs.messages, IsEmpty());
+    openRow(table, u"http://gone/");
+    ASSERT_THAT(dialogs.messages, SizeIs(1));
+    EXPECT_TRUE(dialogs.messages[0].text.contains("http://gone/"));
+    openRow({}, filePath(u"7-1-1"));
+    EXPECT_EQ(viewed, filePath(u"7-1-1"));
+    openRow({}, u"{\"id\": 1}");
+    EXPECT_EQ(find<QLabel>("LabelStatus").text(), texts::shown(texts::kRowHasNoPlace));
 }
 
 } // namespace
