@@ -1,5 +1,9 @@
 #pragma once
 
+#ifdef _WIN32
+#include "platform/windows_headers.h" // what follows is written in its words
+#endif
+
 #include <sql.h>
 #include <sqlext.h>
 #include <sqlucode.h>

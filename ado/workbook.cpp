@@ -2,10 +2,8 @@
 
 #include "ado/compound_file.h"
 #include "ado/error.h"
-#include "ado/freexl_reader.h"
 #include "ado/workbook_stream.h"
 
-#include "platform/isolated_run.h"
 #include "platform/utf8.h"
 
 #include <algorithm>
@@ -62,26 +60,6 @@ std::vector<std::byte> workbookStream(std::span<const std::byte> bytes) {
     throwUnreadable(Error::Kind::Connection, "it is a file of another program of Microsoft's and holds no workbook");
 }
 
-[[noreturn]] void throwEnd(const platform::IsolatedEnd& end, const platform::IsolationLimits& limits) {
-    using Kind = platform::IsolatedEnd::Kind;
-    switch (end.kind) {
-    case Kind::Signal:
-        throwUnreadable(Error::Kind::Damaged,
-                        "the file is damaged: the reader of spreadsheets ended by signal " + std::to_string(end.code));
-    case Kind::OutOfTime:
-        throwUnreadable(Error::Kind::Damaged,
-                        "the file is damaged or too large: the reader of spreadsheets was stopped "
-                        "after " +
-                            std::to_string(static_cast<int>(limits.seconds)) + " seconds");
-    case Kind::TooMuchOutput:
-        throwUnreadable(Error::Kind::Refused,
-                        "its cells are too many: more than " + std::to_string(limits.output >> 20) + " MB of values");
-    default:
-        throwUnreadable(Error::Kind::Damaged, "the file is damaged: the reader of spreadsheets ended with status " +
-                                                  std::to_string(end.code));
-    }
-}
-
 std::string listed(const std::vector<std::u16string>& names) {
     std::string text;
     for (const std::u16string& name : names) {
@@ -107,26 +85,6 @@ Workbook::Workbook(platform::FileSystem& files, std::u16string_view path) {
     auto longTexts = std::make_shared<LongTexts>();
     file_ = makeCompoundFile(u"Workbook", makeReadable(workbookStream(content), *longTexts));
     longTexts_ = std::move(longTexts);
-}
-
-SheetCells Workbook::read(std::optional<std::u16string_view> sheet) const {
-    const platform::IsolationLimits limits;
-    platform::IsolatedEnd end =
-        platform::runIsolated(file_, limits, [sheet](const char* path, platform::IsolatedOutput& output) {
-            SheetSender sender([&output](std::string_view bytes) { output.write(bytes); });
-            sendWorkbook(path, sheet, sender);
-        });
-    if (end.kind != platform::IsolatedEnd::Kind::Done) {
-        throwEnd(end, limits);
-    }
-    std::optional<SheetCells> cells = SheetCells::receive(std::move(end.output), longTexts_);
-    if (!cells) {
-        throwUnreadable(Error::Kind::Damaged, "the file is damaged: the reader of spreadsheets returned no rows");
-    }
-    if (const auto failure = cells->failure()) {
-        throwUnreadable(Error::Kind::Damaged, std::string(meaningOf(*failure)));
-    }
-    return std::move(*cells);
 }
 
 SheetCells Workbook::sheet(std::u16string_view name) const {

@@ -80,6 +80,7 @@ int runChosen(const std::vector<CommandPointer>& commands, const CommonOptions& 
 int runKelb(int count, const char* const* arguments) {
     std::ios::sync_with_stdio(false);
     CLI::App kelb(kPurpose, "kelb");
+    kelb.allow_windows_style_options(false); // "/crawl" is a folder, also on Windows
     kelb.footer(kExamples);
     kelb.set_version_flag("--version", "kelb " KELB_VERSION);
     kelb.require_subcommand(1);

@@ -3,9 +3,8 @@
 #include "app/RWIni.h"
 #include "platform/memory_file_system.h"
 #include "platform/path_map.h"
+#include "platform/program_start.h"
 #include "platform/utf8.h"
-
-#include <cstdlib>
 
 namespace kelb::cli {
 namespace {
@@ -13,8 +12,7 @@ namespace {
 std::u16string homeFolder(const std::string& given) {
     std::u16string folder = platform::fromUtf8(given);
     if (folder.empty()) {
-        const char* fromEnvironment = std::getenv("KELB_HOME");
-        folder = fromEnvironment == nullptr ? u"" : platform::fromUtf8(fromEnvironment);
+        folder = platform::environmentVariable("KELB_HOME").value_or(u"");
     }
     if (folder.empty()) {
         return platform::executableFolder();

@@ -28,7 +28,8 @@ public:
         if (const std::u16string page = platform::fromUtf8(page_); !files.fileExists(page)) {
             throw jobs::JobError("there is no page file " + page_);
         }
-        const std::u16string window = platform::joinPath(platform::executableFolder(), kWindowProgram);
+        const std::u16string window =
+            platform::joinPath(platform::executableFolder(), platform::programFile(kWindowProgram));
         if (!files.fileExists(window)) {
             throw jobs::JobError("the page viewer belongs to the program KelbExtractor, which is not at " +
                                  platform::toUtf8(window) + "; build or install it with the window");

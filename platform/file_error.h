@@ -15,7 +15,7 @@ public:
 
     Kind kind() const noexcept { return kind_; }
     const std::u16string& path() const noexcept { return path_; } ///< as the caller wrote it
-    int systemCode() const noexcept { return systemCode_; }       ///< errno, 0 when none
+    int systemCode() const noexcept { return systemCode_; }       ///< errno, else the system's own code; 0 when none
 
 private:
     Kind kind_;

@@ -2,6 +2,8 @@
 
 #include "platform/letter_case.h"
 
+#include <algorithm>
+
 namespace kelb::platform {
 
 std::u16string plainPath(std::u16string_view path) {
@@ -33,6 +35,13 @@ std::u16string folderKey(std::u16string_view folder) {
         key += u'/';
     }
     return key;
+}
+
+void sortNames(std::vector<std::u16string>& names) {
+    std::sort(names.begin(), names.end(), [](const std::u16string& a, const std::u16string& b) {
+        const int order = compareNoCase(a, b);
+        return order != 0 ? order < 0 : a < b;
+    });
 }
 
 } // namespace kelb::platform

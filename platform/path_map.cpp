@@ -26,7 +26,13 @@ bool isShare(std::u16string_view path) noexcept {
     return path.size() > 2 && path[0] == u'\\' && path[1] == u'\\' && !isSeparator(path[2]);
 }
 
-[[maybe_unused]] std::u16string withSlashes(std::u16string_view path) {
+#ifdef _WIN32
+constexpr bool kPathsStand = true; ///< drives and shares are the system's own
+#else
+constexpr bool kPathsStand = false;
+#endif
+
+std::u16string withSlashes(std::u16string_view path) {
     std::u16string native(path);
     std::replace(native.begin(), native.end(), u'\\', u'/');
     return native;
@@ -104,10 +110,10 @@ bool isWindowsPath(std::u16string_view path) noexcept {
     return hasDrive(path) || isShare(path);
 }
 
-std::u16string translatePath(std::u16string_view path, [[maybe_unused]] const PathMap& map) {
-#ifdef _WIN32
-    return std::u16string(path);
-#else
+std::u16string translatePath(std::u16string_view path, const PathMap& map) {
+    if constexpr (kPathsStand) {
+        return std::u16string(path);
+    }
     if (hasDrive(path)) {
         return translateDrive(path, map);
     }
@@ -115,7 +121,6 @@ std::u16string translatePath(std::u16string_view path, [[maybe_unused]] const Pa
         return translateShare(path, map);
     }
     return withSlashes(path);
-#endif
 }
 
 std::u16string joinPath(std::u16string_view folder, std::u16string_view name) {

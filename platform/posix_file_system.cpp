@@ -1,7 +1,7 @@
 #include "platform/file_failures.h"
 #include "platform/file_system.h"
 #include "platform/folder_listings.h"
-#include "platform/letter_case.h"
+#include "platform/path_key.h"
 #include "platform/posix_file.h"
 #include "platform/utf8.h"
 
@@ -237,10 +237,7 @@ std::vector<std::u16string> PosixFileSystem::list(std::u16string_view folder, mo
     if (errno != 0) {
         throw systemFailure("list", folder, errno);
     }
-    std::sort(names.begin(), names.end(), [](const std::u16string& a, const std::u16string& b) {
-        const int order = compareNoCase(a, b);
-        return order != 0 ? order < 0 : a < b;
-    });
+    sortNames(names);
     return names;
 }
 

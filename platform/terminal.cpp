@@ -3,20 +3,8 @@
 #include <algorithm>
 #include <array>
 
-#ifdef _WIN32
-#include <cstdio>
-#include <io.h>
-#include <sys/stat.h>
-#else
-#include <sys/ioctl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-#endif
-
 namespace kelb::platform {
 namespace {
-
-constexpr std::size_t kUsualColumns = 80;
 
 struct Range {
     char32_t first, last;
@@ -65,38 +53,6 @@ char32_t nextCharacter(std::u16string_view text, std::size_t& at) {
 }
 
 } // namespace
-
-bool isTerminal(StandardStream stream) noexcept {
-    const int descriptor = stream == StandardStream::Output ? 1 : 2;
-#ifdef _WIN32
-    return _isatty(descriptor) != 0;
-#else
-    return isatty(descriptor) != 0;
-#endif
-}
-
-bool isRegularFile(StandardStream stream) noexcept {
-    const int descriptor = stream == StandardStream::Output ? 1 : 2;
-#ifdef _WIN32
-    struct ::_stat64 status {};
-    return _fstat64(descriptor, &status) == 0 && (status.st_mode & _S_IFMT) == _S_IFREG;
-#else
-    struct ::stat status {};
-    return fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
-#endif
-}
-
-std::size_t terminalColumns(StandardStream stream) noexcept {
-#ifndef _WIN32
-    winsize size{};
-    if (ioctl(stream == StandardStream::Output ? 1 : 2, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) {
-        return size.ws_col;
-    }
-#else
-    static_cast<void>(stream);
-#endif
-    return kUsualColumns;
-}
 
 std::size_t displayColumns(std::u16string_view text) noexcept {
     std::size_t columns = 0;

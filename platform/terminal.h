@@ -8,13 +8,15 @@ namespace kelb::platform {
 
 enum class StandardStream { Output, Error };
 
-/// True when the stream goes to a terminal rather than to a file or a pipe.
+/// True when the stream goes to a terminal, which obeys escape sequences, rather than to a file or a pipe.
 [[nodiscard]] bool isTerminal(StandardStream stream) noexcept;
 
 /// True when the stream goes to a file on disk: nobody waits at its other end.
 [[nodiscard]] bool isRegularFile(StandardStream stream) noexcept;
 
-/// Columns of the terminal behind the stream; 80 when it does not tell.
+inline constexpr std::size_t kUsualColumns = 80;
+
+/// Columns of the terminal behind the stream; kUsualColumns when it does not tell.
 [[nodiscard]] std::size_t terminalColumns(StandardStream stream) noexcept;
 
 /// Columns that a terminal gives the text: two for wide East Asian characters, none for combining marks.

@@ -8,6 +8,8 @@ kelb_check_packages=(clang-format clang-tidy clang libclang-rt-14-dev)
 kelb_package_packages=(dpkg-dev mmdebstrap)
 kelb_bench_packages=(libbenchmark-dev libicu-dev mdbtools time postgresql odbc-postgresql)
 kelb_peer_packages=(nodejs npm w3m python3-readability libgumbo-dev time)
+kelb_windows_packages=(cmake ninja-build libcli11-dev nlohmann-json3-dev python3
+    g++-mingw-w64-x86-64-posix wine64 googletest)
 
 # kelb_install PACKAGE…: asks the network only when something is missing.
 kelb_install() {

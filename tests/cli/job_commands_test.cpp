@@ -118,9 +118,15 @@ TEST_F(JobCommands, ParamImportWalksAFolderAndItsCounterCanBeSeenAndReset) {
 
 TEST_F(JobCommands, TheSettingsNameDatabasesAndDrives) {
     crawl(1);
-    write("home/Kelb.ini", "[Setup]\r\nadultFolder=Q:\\\r\n[Drives]\r\nQ=" + at("") + "\r\nZ=" + at("lan") +
-                               "\r\n[Paths]\r\nwxdb=q:\\WXDB.mdb\r\n[Safety]\r\nlogFile=Q:\\kelb.log\r\n");
-    const Outcome outcome = run({"forum-import", "--no-summary", "--lan-folder", "Z:\\"});
+#ifdef _WIN32 // where drives are the system's own
+    const std::string disk = at("."), pages = at("lan"), mapping;
+#else
+    const std::string disk = "q:", pages = "Z:";
+    const std::string mapping = "[Drives]\r\nQ=" + at("") + "\r\nZ=" + at("lan") + "\r\n";
+#endif
+    write("home/Kelb.ini", mapping + "[Setup]\r\nadultFolder=" + disk + "\\\r\n[Paths]\r\nwxdb=" + disk +
+                               "\\WXDB.mdb\r\n[Safety]\r\nlogFile=" + disk + "\\kelb.log\r\n");
+    const Outcome outcome = run({"forum-import", "--no-summary", "--lan-folder", pages + "\\"});
     EXPECT_EQ(outcome.status, 0) << outcome.err;
     EXPECT_EQ(outcome.out, "totalRec: 1\n[网页内容提取] 完成!\n");
     EXPECT_THAT(outcome.err, HasSubstr("1 / 1")) << "progress goes to standard error";
@@ -192,13 +198,13 @@ TEST_F(JobCommands, AMissingSourceIsNamedAsTheWindowDoes) {
 
 TEST_F(JobCommands, CtrlCStopsAfterTheCurrentRow) {
     crawl(400);
-    const pid_t process = start(importCommand({"--lan-folder", at("lan"), "--quiet"}));
+    StartedProgram process = start(importCommand({"--lan-folder", at("lan"), "--quiet"}));
     // The count line is printed when the rows begin.
     for (int tries = 0; read("stdout").empty() && tries < 1000; ++tries) {
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
-    kill(process, SIGINT);
-    const Outcome outcome = finish(process);
+    process.interrupt();
+    const Outcome outcome = finish(std::move(process));
     EXPECT_EQ(outcome.status, 3) << outcome.err;
     EXPECT_THAT(outcome.out, HasSubstr("\"stopped\": true"));
     EXPECT_EQ(run({"db", "check", at("wxdb.mdb")}).status, 0);

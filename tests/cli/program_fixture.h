@@ -1,22 +1,15 @@
 #pragma once
 
+#include "tests/cli/started_program.h"
 #include "tests/platform/temporary_folder.h"
 
 #include <gtest/gtest.h>
 
-#include <array>
-#include <csignal>
-#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <spawn.h>
 #include <string>
-#include <sys/wait.h>
-#include <unistd.h>
 #include <vector>
-
-extern char** environ;
 
 namespace kelb::cli {
 
@@ -31,9 +24,9 @@ protected:
     ProgramTest() {
         std::filesystem::create_directories(at("home/TestRec"));
         write("home/ADMarks.txt", "");
-        setenv("KELB_HOME", at("home").c_str(), 1);
+        setVariable("KELB_HOME", at("home"));
     }
-    ~ProgramTest() override { unsetenv("KELB_HOME"); }
+    ~ProgramTest() override { setVariable("KELB_HOME", ""); }
 
     std::string at(const std::string& name) const { return (folder_.native() / name).string(); }
 
@@ -53,28 +46,12 @@ protected:
     }
 
     /// Starts the program with its standard streams on files of the folder.
-    pid_t start(const std::vector<std::string>& arguments) const {
-        std::vector<std::string> words{program};
-        words.insert(words.end(), arguments.begin(), arguments.end());
-        std::vector<char*> argv;
-        for (std::string& word : words) {
-            argv.push_back(word.data());
-        }
-        argv.push_back(nullptr);
-        posix_spawn_file_actions_t streams;
-        posix_spawn_file_actions_init(&streams);
-        posix_spawn_file_actions_addopen(&streams, 0, at("stdin").c_str(), O_RDONLY, 0);
-        posix_spawn_file_actions_addopen(&streams, 1, at("stdout").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-        posix_spawn_file_actions_addopen(&streams, 2, at("stderr").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-        pid_t process = -1;
-        EXPECT_EQ(posix_spawn(&process, program.c_str(), &streams, nullptr, argv.data(), environ), 0);
-        posix_spawn_file_actions_destroy(&streams);
-        return process;
+    StartedProgram start(const std::vector<std::string>& arguments) const {
+        return {program, arguments, {at("stdin"), at("stdout"), at("stderr")}};
     }
-    Outcome finish(pid_t process) const {
-        int state = 0;
-        EXPECT_EQ(waitpid(process, &state, 0), process);
-        return {WIFEXITED(state) ? WEXITSTATUS(state) : 128 + WTERMSIG(state), read("stdout"), read("stderr")};
+    Outcome finish(StartedProgram process) const {
+        const int status = process.wait();
+        return {status, read("stdout"), read("stderr")};
     }
 
     std::string program = KELB_PROGRAM;

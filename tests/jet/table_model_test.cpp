@@ -128,7 +128,7 @@ public:
         return text + (seen == rows_.size() && table().rowCount() == seen ? "" : "other number of rows\n");
     }
     /// The rows as mdb-export writes them, sorted; and as it does write them.
-    std::multiset<std::string> exported() const;
+    [[maybe_unused]] std::multiset<std::string> exported() const;
     std::multiset<std::string> exportedByMdbtools();
 
     std::size_t rowCount() const { return rows_.size(); }
@@ -352,6 +352,7 @@ std::multiset<std::string> Model::exported() const {
     return lines;
 }
 
+#ifndef _WIN32
 std::multiset<std::string> Model::exportedByMdbtools() {
     database_->commit();
     const platform::TemporaryFolder folder;
@@ -369,6 +370,7 @@ std::multiset<std::string> Model::exportedByMdbtools() {
         lines.insert(line);
     return lines;
 }
+#endif
 
 TEST(TableModel, RandomChangesAgreeWithAMapAndWithAnotherReader) {
     const std::uint64_t seed = std::random_device{}();
@@ -379,6 +381,7 @@ TEST(TableModel, RandomChangesAgreeWithAMapAndWithAnotherReader) {
         if (i % kBatch == kBatch - 1) {
             ASSERT_EQ(model.differences(), "") << "after operation " << i;
         }
+#ifndef _WIN32 // mdbtools are programs of Debian's
         if (i == 3 * kPhase - 1) {
             const auto expected = model.exported(), given = model.exportedByMdbtools();
             ASSERT_GT(expected.size(), 100U);
@@ -388,6 +391,7 @@ TEST(TableModel, RandomChangesAgreeWithAMapAndWithAnotherReader) {
             ASSERT_TRUE(one.empty()) << one.size()
                                      << " rows differ in mdb-export, the first: " << one[0].substr(0, 200);
         }
+#endif
     }
     model.reopen();
     ASSERT_EQ(model.differences(), "") << "after opening it again";

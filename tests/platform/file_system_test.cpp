@@ -2,6 +2,7 @@
 
 #include "platform/memory_file_system.h"
 #include "tests/platform/temporary_folder.h"
+#include "tests/platform/under_wine.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -145,7 +146,9 @@ TEST_P(FileSystems, RenameReplacesAndChangesCase) {
     EXPECT_EQ(files().readFile(at(u"b.txt")), "a");
     EXPECT_FALSE(files().fileExists(at(u"a.txt")));
     files().renameFile(at(u"b.txt"), at(u"B.TXT"));
-    EXPECT_THAT(files().listFiles(subject_.root), ElementsAre(u"B.TXT"));
+    if (!underWine()) { // which finds the old spelling under the new one, and keeps it
+        EXPECT_THAT(files().listFiles(subject_.root), ElementsAre(u"B.TXT"));
+    }
     files().makeFolders(at(u"trash"));
     files().renameFile(at(u"b.txt"), joinPath(at(u"trash"), u"1.txt"));
     EXPECT_EQ(files().readFile(joinPath(at(u"trash"), u"1.txt")), "a");

@@ -28,6 +28,13 @@ const PathMap& sampleMap() {
     return map;
 }
 
+#ifdef _WIN32
+TEST(PathMap, APathStandsAsItIs) {
+    for (const char16_t* path : {u"D:\\a/b", u"X:\\a", u"\\\\host\\pages\\x", u"/mnt/lan\\1"}) {
+        EXPECT_EQ(translatePath(path, sampleMap()), path);
+    }
+}
+#else
 struct TranslateCase {
     const char *windows, *native;
 };
@@ -76,6 +83,8 @@ TEST(PathMap, UnmappedNamesTheKeyToSet) {
         }
     }
 }
+
+#endif
 
 TEST(PathMap, JoinsAndCuts) {
     EXPECT_EQ(joinPath(u"D:\\a", u"b.mdb"), u"D:\\a\\b.mdb");

@@ -2,9 +2,8 @@
 
 #include "platform/utf8.h"
 
-#include <cstdlib>
 #include <filesystem>
-#include <stdexcept>
+#include <random>
 #include <string>
 
 namespace kelb::platform {
@@ -13,11 +12,10 @@ namespace kelb::platform {
 class TemporaryFolder {
 public:
     explicit TemporaryFolder(const std::filesystem::path& parent = std::filesystem::temp_directory_path()) {
-        std::string name = (parent / "kelb-test-XXXXXX").string();
-        if (mkdtemp(name.data()) == nullptr) {
-            throw std::runtime_error("no temporary folder in " + parent.string());
-        }
-        native_ = name;
+        std::random_device entropy;
+        do {
+            native_ = parent / ("kelb-test-" + std::to_string(entropy()));
+        } while (!std::filesystem::create_directory(native_)); // throws where none can be made
     }
     ~TemporaryFolder() {
         std::error_code ignored;

@@ -10,6 +10,10 @@
 
 namespace kelb::platform {
 
+std::u16string programFile(std::u16string_view name) {
+    return std::u16string(name);
+}
+
 int runProgram(std::u16string_view path, const std::vector<std::string>& arguments) {
     std::string program = toUtf8(path);
     std::vector<std::string> texts = arguments;

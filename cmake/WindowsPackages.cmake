@@ -1,0 +1,26 @@
+# find_package() of a build for Windows on Debian finds what Debian has only for itself: libraries that are headers alone, of
+# which no other header may be seen; GoogleTest, which is built from its sources; and the system's ODBC.
+set(headers ${CMAKE_BINARY_DIR}/include)
+file(MAKE_DIRECTORY ${headers})
+foreach(library CLI nlohmann)
+    if(NOT IS_DIRECTORY /usr/include/${library})
+        message(FATAL_ERROR "/usr/include/${library} is missing: install libcli11-dev and nlohmann-json3-dev")
+    endif()
+    file(CREATE_LINK /usr/include/${library} ${headers}/${library} SYMBOLIC)
+endforeach()
+foreach(target CLI11::CLI11 nlohmann_json::nlohmann_json)
+    add_library(${target} INTERFACE IMPORTED GLOBAL)
+    set_target_properties(${target} PROPERTIES INTERFACE_INCLUDE_DIRECTORIES ${headers})
+endforeach()
+# CMake's own answer names a static library, and behind such a one everything else would be linked dynamically.
+add_library(ODBC::ODBC INTERFACE IMPORTED GLOBAL)
+set_target_properties(ODBC::ODBC PROPERTIES INTERFACE_LINK_LIBRARIES odbc32)
+foreach(package CLI11 nlohmann_json ODBC)
+    file(WRITE ${CMAKE_FIND_PACKAGE_REDIRECTS_DIR}/${package}Config.cmake "set(${package}_FOUND TRUE)\n")
+endforeach()
+
+if(KELB_BUILD_TESTS)
+    include(FetchContent)
+    set(INSTALL_GTEST OFF)
+    FetchContent_Declare(GTest SOURCE_DIR /usr/src/googletest OVERRIDE_FIND_PACKAGE)
+endif()
