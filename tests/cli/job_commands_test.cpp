@@ -2,6 +2,7 @@
 
 #include "platform/code_page.h"
 #include "platform/utf8.h"
+#include "tests/platform/text_matchers.h"
 
 #include <gmock/gmock.h>
 
@@ -11,10 +12,10 @@
 namespace kelb::cli {
 namespace {
 
+using platform::MatchesPattern;
 using testing::AllOf;
 using testing::EndsWith;
 using testing::HasSubstr;
-using testing::MatchesRegex;
 
 class JobCommands : public ProgramTest {
 protected:
@@ -60,14 +61,15 @@ TEST_F(JobCommands, ForumImportPrintsLogBoxAndSummary) {
     const Outcome outcome = run(importCommand({"--lan-folder", at("lan"), "--quiet", "--report", at("run.html")}));
     EXPECT_EQ(outcome.status, 0) << outcome.err;
     EXPECT_EQ(outcome.err, "");
-    EXPECT_THAT(outcome.out,
-                MatchesRegex("totalRec: 2\n"
-                             "提取失败! 第1次,http://b/thread-102-1-1.html,\\|未找到SM\\|未找到SM1\\|无楼层标志!\\|"
-                             "楼层<3，为: 0层\\|split2Floors失败!\n"
-                             "\\[网页内容提取\\] 完成!\n"
-                             "\\{\"job\": \"forum-import\", \"rows\": 2, \"saved\": 1, \"skipped\": 0, \"failed\": 1, "
-                             "\"deletedRows\": 0, \"deletedFiles\": 0, \"overflowFiles\": 0, \"seconds\": [0-9.]+, "
-                             "\"failedBecause\": \\{\"noFloors\": 1\\}\\}\n"));
+    EXPECT_THAT(
+        outcome.out,
+        MatchesPattern("totalRec: 2\n"
+                       "提取失败! 第1次,http://b/thread-102-1-1.html,\\|未找到SM\\|未找到SM1\\|无楼层标志!\\|"
+                       "楼层<3，为: 0层\\|split2Floors失败!\n"
+                       "\\[网页内容提取\\] 完成!\n"
+                       "\\{\"job\": \"forum-import\", \"rows\": 2, \"saved\": 1, \"skipped\": 0, \"failed\": 1, "
+                       "\"deletedRows\": 0, \"deletedFiles\": 0, \"overflowFiles\": 0, \"seconds\": [0-9.]+, "
+                       "\"failedBecause\": \\{\"noFloors\": 1\\}\\}\n"));
     EXPECT_THAT(read("run.html"), AllOf(HasSubstr("<b>1</b>saved"), HasSubstr("http://b/thread-102-1-1.html")));
     EXPECT_EQ(articles(), "{\"url\": \"http://b/thread-101-1-1.html\"}\n");
 }
@@ -86,10 +88,10 @@ TEST_F(JobCommands, ParamImportWalksAFolderAndItsCounterCanBeSeenAndReset) {
     Outcome outcome = run(words);
     EXPECT_EQ(outcome.status, 0) << outcome.err;
     EXPECT_THAT(outcome.out,
-                MatchesRegex("totalRec: 0\n"
-                             "提取到参数，但没有保存\\(保存选项未选择\\)。 sTVName: Alpha, sTVCode1: AB123\n"
-                             "无法识别! [-0-9: ]+\n"
-                             "\\[网页内容提取\\] 完成了参数的提取\n\\{.*\"unreadFiles\": 0.*\\}\n"));
+                MatchesPattern("totalRec: 0\n"
+                               "提取到参数，但没有保存\\(保存选项未选择\\)。 sTVName: Alpha, sTVCode1: AB123\n"
+                               "无法识别! [-0-9: ]+\n"
+                               "\\[网页内容提取\\] 完成了参数的提取\n\\{.*\"unreadFiles\": 0.*\\}\n"));
     EXPECT_THAT(show(), HasSubstr("sub-folder 1 is not there"));
     EXPECT_EQ(run({"counter", "reset", at("shop")}).status, 0);
     EXPECT_EQ(run({"counter", "show", at("shop"), "--json"}).out,
@@ -161,7 +163,7 @@ TEST_F(JobCommands, AnErrorIsOneLineBehindTheSummary) {
     run({"db", "exec", at("wxdb.mdb"), "create table other (n integer)"});
     const Outcome outcome = run({"forum-import", "--source", at("wxdb.mdb"), "--dest", at("wxdb.mdb"), "--quiet"});
     EXPECT_EQ(outcome.status, 1);
-    EXPECT_THAT(outcome.err, MatchesRegex("kelb: .*wxdb.mdb: no table bbsforum.*\n"));
+    EXPECT_THAT(outcome.err, MatchesPattern("kelb: .*wxdb.mdb: no table bbsforum.*\n"));
     EXPECT_THAT(outcome.out, HasSubstr("\"job\": \"forum-import\", \"rows\": 0"));
 }
 

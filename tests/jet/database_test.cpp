@@ -4,6 +4,7 @@
 #include "jet/empty_database.h"
 
 #include "tests/jet/database_fixture.h"
+#include "tests/platform/text_matchers.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -419,7 +420,7 @@ TEST_F(ChangedTable, AnIndexThatTheRowsForbidIsTakenBackWhole) {
 TEST_F(ChangedTable, AnIndexWithoutANameGetsOne) {
     database->createIndex(u"wxAll", {.name = u"", .columns = {{u"done"}}});
     const std::string name = platform::toUtf8(table.definition().logicalIndexes[2].name);
-    EXPECT_THAT(name, ::testing::MatchesRegex("Index_[0-9A-F]{8}_[0-9A-F]{4}_[0-9A-F]{4}"));
+    EXPECT_THAT(name, platform::MatchesPattern("Index_[0-9A-F]{8}_[0-9A-F]{4}_[0-9A-F]{4}"));
 }
 
 // ---- Transactions and dry runs ----

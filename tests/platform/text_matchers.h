@@ -1,0 +1,15 @@
+#pragma once
+
+#include <gmock/gmock.h>
+
+#include <regex>
+#include <string>
+
+namespace kelb::platform {
+
+/// The whole text is of the extended regular expression. GoogleTest's own matcher knows hardly any of them on Windows.
+MATCHER_P(MatchesPattern, pattern, "matches " + std::string(pattern)) {
+    return std::regex_match(arg, std::regex(pattern, std::regex::extended));
+}
+
+} // namespace kelb::platform
