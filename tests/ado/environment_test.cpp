@@ -67,7 +67,12 @@ TEST_F(Connecting, AnUnmappedDriveNamesTheKey) {
     const auto caught = errorOf([&] { other.Open(u"Q:\\x.mdb"); });
     ASSERT_TRUE(caught);
     EXPECT_EQ(caught->kind, Error::Kind::Connection);
-    EXPECT_NE(caught->text.find("[Drives]"), std::string::npos) << caught->text;
+#ifdef _WIN32 // where drives are the system's own
+    constexpr std::string_view kAdvice = "there is no drive Q:";
+#else
+    constexpr std::string_view kAdvice = "[Drives]";
+#endif
+    EXPECT_NE(caught->text.find(kAdvice), std::string::npos) << caught->text;
 }
 
 /// A database that cannot be written is read, and every attempt to change it is told the reason.
@@ -238,7 +243,11 @@ TEST(OnDisk, PathsOfOneFileShareOneEngine) {
     platform::Platform platform{*real, clock, random, u""};
     const std::u16string file = platform::fromUtf8((folder / "One.mdb").string());
     jet::Database::create(platform, file)->commit();
+#ifdef _WIN32 // where this library makes links of one kind only
+    fs::create_hard_link(folder / "One.mdb", folder / "link.mdb");
+#else
     fs::create_symlink(folder / "One.mdb", folder / "link.mdb");
+#endif
     {
         Environment run(platform, {});
         Connection first(run), second(run), third(run);

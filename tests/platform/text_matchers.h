@@ -7,9 +7,9 @@
 
 namespace kelb::platform {
 
-/// The whole text is of the extended regular expression. GoogleTest's own matcher knows hardly any of them on Windows.
+/// The whole text is of the regular expression. GoogleTest's own matcher knows hardly any of them on Windows.
 MATCHER_P(MatchesPattern, pattern, "matches " + std::string(pattern)) {
-    return std::regex_match(arg, std::regex(pattern, std::regex::extended));
+    return std::regex_match(arg, std::regex(pattern));
 }
 
 } // namespace kelb::platform
