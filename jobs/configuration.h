@@ -32,6 +32,7 @@ enum class Setting : std::size_t {
     ForumBoardName,
     ForumImportCid,
     ForumFillCid,
+    ForumMendBreaks,
     DedupForumSites,
     DedupArticleSites,
     DedupPublicForum,

@@ -15,7 +15,12 @@ std::u16string ForumPages::content(std::u16string_view page, std::u16string& rea
     if (!extractor_) {
         extractor_.emplace(context_.smart(), noNames_, context_.platform().random);
     }
-    return extractor_->extDiscuzPageContent(page, reason, which);
+    std::u16string content = extractor_->extDiscuzPageContent(page, reason, which);
+    if (context_.configuration().number(Setting::ForumMendBreaks) != 0) {
+        // Taking out the tags behind a kept one splits it.
+        platform::replaceAllIn(content, u"< br />", u"<br>");
+    }
+    return content;
 }
 
 bool ForumPages::isNotice(std::u16string_view page) const {

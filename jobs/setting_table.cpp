@@ -37,6 +37,8 @@ constexpr std::array<SettingInfo, kSettingCount> kTable{{
      "Board name in the title of notice pages; without it no page is a notice page"},
     {Setting::ForumImportCid, u"Forum", u"importCid", Number, 0, u"28", "Channel that the forum import selects"},
     {Setting::ForumFillCid, u"Forum", u"fillCid", Number, 0, u"40", "Channel that the forum fill selects"},
+    {Setting::ForumMendBreaks, u"Forum", u"mendBreaks", Number, 0, u"0",
+     "1: the line break that ends a post is written as <br>; 0: it stays in pieces, < br />, which browsers show"},
     {Setting::DedupForumSites, u"Dedup", u"forumSite", Numbered, 8, u"",
      "Parts of addresses of forums, for the removal of duplicates"},
     {Setting::DedupArticleSites, u"Dedup", u"articleSite", Numbered, 7, u"",

@@ -54,6 +54,13 @@ TEST_F(ForumImport, MakesOneArticleOfThePagesOfAThread) {
     EXPECT_EQ(summary.note, "");
 }
 
+TEST_F(ForumImport, WritesTheBreakBehindAPostInOnePieceOnRequest) {
+    crawl(u"7-1-1", {u"先量变压器的次级<br />", u"记得换电容"});
+    import({{ u"Forum.mendBreaks", u"1" }}); // else the post ends in "< br />"
+    EXPECT_THAT(articles(u"sC"),
+                ElementsAre("○维修案例:<br>先量变压器的次级<br>  <br><br>\r\n<br>∑维修经验: <br>①: 记得换电容  "));
+}
+
 TEST_F(ForumImport, TakesFirstPagesOfItsChannelInTheOrderOfTheirAddresses) {
     crawl(u"9-1-1", {u"九号帖子的内容在这里", u"回复内容一二三"});
     crawl(u"10-1-1", {u"十号帖子的内容在这里", u"回复内容四五六"});
