@@ -111,7 +111,7 @@ void ArticlePanes::show(jobs::ResultListing& listing, std::size_t row) {
     }
     const bool hasBody = listing.fieldOf(Column::Body).has_value();
     articleCaption_.setText(texts::shown(hasBody ? texts::kResultsArticle : texts::kResultsFieldsOnly));
-    article_.showHtml(hasBody ? articlePage(listing, row) : fieldsPage(*fields));
+    article_.showHtml(hasBody ? articlePage(listing, row) : fieldsPage(*fields), StillPage::Ground::Desktop);
     listing.text(row, Column::Url, name_.url);
     // A job that fills the crawl table itself leaves articles there: such a row is its own source.
     jobs::SourceRow own{listing.database(), listing.table(), *fields};
@@ -161,7 +161,7 @@ void ArticlePanes::showPage() {
         pageCaption_.setText(shown_.state == State::File
                                  ? texts::shown(texts::kSourcePageAt).arg(toQt(shown_.path))
                                  : texts::shown(texts::kSourcePageInRow).arg(toQt(found_->table)));
-        page_.showHtml(toQt(shown_.html));
+        page_.showHtml(toQt(shown_.html), StillPage::Ground::White);
         break;
     case State::NoFile:
         sourceSays(shown_.why.empty() ? texts::shown(texts::kSourceFileGone).arg(toQt(shown_.path))

@@ -10,6 +10,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QElapsedTimer>
+#include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QHideEvent>
@@ -38,6 +39,14 @@ constexpr std::size_t kStep = 128; // rows between two looks at the clock
 constexpr int kWatchMilliseconds = 1'000;
 
 constexpr const char16_t* kUsualTable = u"wxAll";
+
+class WaitCursor {
+public:
+    WaitCursor() { QGuiApplication::setOverrideCursor(Qt::WaitCursor); }
+    ~WaitCursor() { QGuiApplication::restoreOverrideCursor(); }
+    WaitCursor(const WaitCursor&) = delete;
+    WaitCursor& operator=(const WaitCursor&) = delete;
+};
 
 void explain(QWidget& widget, const char* name, const char* accessibleName, const char* toolTip) {
     widget.setObjectName(name);
@@ -123,6 +132,7 @@ QHBoxLayout* ResultsBrowser::databaseLine() {
             refresh();
         }
     });
+    connect(&path_, &QLineEdit::returnPressed, this, &ResultsBrowser::refresh); // also to try once more
     connect(&tables_, &QComboBox::currentIndexChanged, this, [this] {
         order_.reset();
         openTable();
@@ -275,11 +285,13 @@ void ResultsBrowser::openTable() {
     const std::u16string table = fromQt(tables_.currentText());
     ado::Environment& databases = parts_.contexts.program().databases();
     tell({});
+    const WaitCursor wait; // the rows of a long table are counted
     try {
         listing_ = std::make_unique<jobs::ResultListing>(databases, opened_, table, order_);
         listing_->count();
     } catch (const std::exception& failure) {
         listing_.reset();
+        order_.reset(); // which may have been the trouble
         tell(texts::shown(texts::kResultsCannotOpen).arg(QString::fromUtf8(failure.what())));
         return;
     }
@@ -437,6 +449,7 @@ void ResultsBrowser::markLines(const std::vector<int>& lines, bool pass) {
     rows.reserve(lines.size());
     std::ranges::transform(lines, std::back_inserter(rows), [this](int line) { return model_.rowOf(line); });
     const bool adds = !listing_->hasPass();
+    const WaitCursor wait; // up to a hundred thousand rows
     try {
         if (adds && !listing_->addPass(rows)) {
             parts_.say(texts::shown(texts::kResultsMoved));

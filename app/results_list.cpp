@@ -37,12 +37,18 @@ ResultsList::ResultsList(ResultsModel& model) {
     QHeaderView& columns = *horizontalHeader();
     columns.setSectionsClickable(true);
     columns.setHighlightSections(false);
+    columns.setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     columns.setSectionResizeMode(ResultsModel::Title, QHeaderView::Stretch);
     const int digit = fontMetrics().horizontalAdvance(u'0');
     setColumnWidth(ResultsModel::Pass, 7 * digit);
     setColumnWidth(ResultsModel::Length, 9 * digit);
-    setColumnWidth(ResultsModel::Time, 22 * digit);
-    setColumnWidth(ResultsModel::Url, 40 * digit);
+    setColumnWidth(ResultsModel::Time, 20 * digit);
+}
+
+/// The title keeps the room that the others leave; in a narrow window the address gives way first.
+void ResultsList::resizeEvent(QResizeEvent* event) {
+    setColumnWidth(ResultsModel::Url, std::min(40 * fontMetrics().horizontalAdvance(u'0'), width() * 3 / 10));
+    QTableView::resizeEvent(event);
 }
 
 void ResultsList::fit(const jobs::ResultListing& listing) {

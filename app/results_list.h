@@ -22,6 +22,9 @@ public:
     static std::optional<jobs::ResultListing::Column> sortedBy(int column);
     /// The selected lines; of more than `most` only one more than that.
     std::vector<int> chosenLines(std::size_t most) const;
+
+protected:
+    void resizeEvent(QResizeEvent* event) override;
 };
 
 } // namespace kelb::app

@@ -124,7 +124,7 @@ QVariant ResultsModel::data(const QModelIndex& index, int role) const {
         }
         return {};
     case Qt::TextAlignmentRole:
-        return index.column() == Length ? QVariant(Qt::AlignRight | Qt::AlignVCenter) : QVariant();
+        return index.column() == Length ? QVariant(Qt::AlignCenter) : QVariant();
     case Qt::ForegroundRole:
         return lineAt(index.row()).gone ? QVariant(QGuiApplication::palette().color(QPalette::PlaceholderText))
                                         : QVariant();

@@ -10,7 +10,20 @@ StillPage::StillPage(QWidget* parent) : QTextBrowser(parent) {
     setUndoRedoEnabled(false);
 }
 
-void StillPage::showHtml(const QString& html) {
+void StillPage::setGround(Ground ground) {
+    if (ground == Ground::Desktop) {
+        setPalette({}); // the parent's
+        return;
+    }
+    QPalette white = palette();
+    white.setColor(QPalette::Base, Qt::white);
+    white.setColor(QPalette::Text, Qt::black);
+    white.setColor(QPalette::Link, QColor(0, 0, 170));
+    setPalette(white);
+}
+
+void StillPage::showHtml(const QString& html, Ground ground) {
+    setGround(ground);
     if (html.size() <= kMost) {
         setHtml(html);
     } else {
@@ -21,6 +34,7 @@ void StillPage::showHtml(const QString& html) {
 }
 
 void StillPage::showText(const QString& text) {
+    setGround(Ground::Desktop);
     setPlainText(text.size() <= kMost ? text : text.left(kMost) + u'\n' + texts::shown(texts::kResultsCut).arg(kMost));
 }
 

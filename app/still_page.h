@@ -12,11 +12,16 @@ public:
     static constexpr qsizetype kMost = 300'000;
 
     explicit StillPage(QWidget* parent = nullptr);
-    void showHtml(const QString& html);
+    /// A page of a site that was written for a white ground is shown on one, whatever the desktop's colours are.
+    enum class Ground { Desktop, White };
+    void showHtml(const QString& html, Ground ground);
     void showText(const QString& text);
 
 protected:
     QVariant loadResource(int type, const QUrl& name) override;
+
+private:
+    void setGround(Ground ground);
 };
 
 } // namespace kelb::app

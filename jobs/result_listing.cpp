@@ -134,9 +134,14 @@ const ResultListing::Line& ResultListing::line(std::size_t row) {
     return place.line;
 }
 
+/// Rows that were there before the listing began anew are gone like deleted ones.
+bool ResultListing::go(std::size_t row) {
+    return row < rows_->memberCount() && rows_->seek(row);
+}
+
 ResultListing::Line ResultListing::read(std::size_t row) {
     Line line;
-    if (!rows_->seek(row)) {
+    if (!go(row)) {
         line.gone = true;
         return line;
     }
@@ -169,11 +174,11 @@ bool ResultListing::current(Column column, std::u16string& out) {
 
 bool ResultListing::text(std::size_t row, Column column, std::u16string& out) {
     out.clear();
-    return rows_->seek(row) && current(column, out);
+    return go(row) && current(column, out);
 }
 
 std::optional<std::vector<RowField>> ResultListing::fields(std::size_t row) {
-    if (!rows_->seek(row)) {
+    if (!go(row)) {
         return std::nullopt;
     }
     std::vector<RowField> fields;
@@ -185,7 +190,7 @@ std::optional<std::vector<RowField>> ResultListing::fields(std::size_t row) {
 }
 
 std::optional<std::uint32_t> ResultListing::place(std::size_t row) {
-    return rows_->seek(row) ? rows_->place() : std::nullopt;
+    return go(row) ? rows_->place() : std::nullopt;
 }
 
 /// Opens the database for writing as long as the change takes; other programs may read it again afterwards.
@@ -206,7 +211,7 @@ std::size_t ResultListing::setPass(std::span<const std::size_t> rows, bool pass)
     write([&](ado::Connection& writer) {
         const ado::FieldChange change[] = {{*at(Column::Pass), ado::Value(pass)}};
         for (const std::size_t row : rows) {
-            if (rows_->seek(row)) {
+            if (go(row)) {
                 rows_->update(change);
                 ++set;
                 writer.flushIfDue();
@@ -223,10 +228,9 @@ bool ResultListing::addPass(std::span<const std::size_t> rows) {
     write([&](ado::Connection& writer) {
         writer.Execute(u"ALTER TABLE [" + table_ + u"] ADD " + std::u16string(kPassField) + u" YESNO");
     });
-    rows_.reset();
     openRows();
     return std::ranges::equal(rows, places, [this](std::size_t row, const std::optional<std::uint32_t>& before) {
-        return row < count() && place(row) == before;
+        return place(row) == before;
     });
 }
 

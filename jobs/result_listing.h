@@ -88,6 +88,7 @@ private:
         return columns_[static_cast<std::size_t>(column)];
     }
     void openRows();
+    bool go(std::size_t row);
     Line read(std::size_t row);
     bool current(Column column, std::u16string& out);
     void write(const std::function<void(ado::Connection&)>& change);

@@ -11,11 +11,13 @@
 #include <QComboBox>
 #include <QDialog>
 #include <QHeaderView>
+#include <QImage>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTabWidget>
 #include <QTableView>
 #include <QTableWidget>
+#include <QUrl>
 
 namespace kelb::app {
 namespace {
@@ -126,6 +128,18 @@ TEST_F(ResultsBrowserTest, ShowsAnArticleBesideThePageThatItCameFrom) {
     EXPECT_THAT(sourcePage(), testing::HasSubstr("先量变压器的次级"));
     find<QAbstractButton>("ResultsViewer").click();
     EXPECT_EQ(viewed, u"X:\\lan\\crawl\\7-1-1.htm");
+}
+
+TEST(StillPageTest, FetchesNothing) {
+    const QTemporaryDir folder;
+    const QString picture = folder.filePath("spy.png");
+    ASSERT_TRUE(QImage(8, 8, QImage::Format_RGB32).save(picture));
+    StillPage page;
+    page.showHtml(u"<img src=\"%1\"><a href=\"%1\">x</a>"_qs.arg(QUrl::fromLocalFile(picture).toString()),
+                  StillPage::Ground::White);
+    const QVariant loaded = page.document()->resource(QTextDocument::ImageResource, QUrl::fromLocalFile(picture));
+    EXPECT_EQ(loaded.toByteArray().size() + loaded.value<QImage>().width(), 0);
+    EXPECT_FALSE(page.openLinks() || page.openExternalLinks());
 }
 
 TEST_F(ResultsBrowserTest, SaysWhatIsMissingOfASource) {

@@ -123,6 +123,7 @@ TEST_F(ResultListingTest, ARowDeletedMeanwhileIsToldAndKeepsItsNumber) {
     EXPECT_EQ(text, u"");
     EXPECT_EQ(listing.line(2).title, u"3");
     EXPECT_EQ(listing.place(2), place);
+    EXPECT_TRUE(listing.line(3).gone);
 }
 
 TEST_F(ResultListingTest, MarksAreOnTheDiskAndTheFileIsOthersToReadAgain) {
