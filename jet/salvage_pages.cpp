@@ -29,20 +29,20 @@ bool beginsDefinition(std::span<const std::byte> page, Dialect dialect) {
 /// Which pages are free; nothing when the map contradicts what is certain: the system tables' definitions are in use.
 std::vector<bool> readFreePages(Pager& pager) {
     std::vector<bool> free(pager.pageCount());
-    try {
-        const PageAllocator allocator(pager);
-        for (std::uint32_t page = 0; page < pager.pageCount(); ++page)
-            free[page] = allocator.isFree(PageNumber{page});
-    } catch (const Error&) {
+    bool readable = false;
+    for (const PageNumber page : availableMembers(pager, kGlobalMap, readable))
+        if (raw(page) < free.size())
+            free[raw(page)] = true;
+    if (!readable)
         return {};
-    } catch (const platform::FileError&) {
-        return {};
-    }
+    // Another writer moves the window of an inline map on: behind it every page is free.
+    const MapRow map(pager, kGlobalMap);
+    if (!map.byReference())
+        for (std::size_t page = map.firstPage() + 8 * map.window().size(); page < free.size(); ++page)
+            free[page] = true;
     const std::size_t certain = std::min<std::size_t>(raw(kLastSystemTable) + 1, free.size());
-    return std::find(free.begin(), free.begin() + static_cast<std::ptrdiff_t>(certain), true) ==
-                   free.begin() + static_cast<std::ptrdiff_t>(certain)
-               ? free
-               : std::vector<bool>{};
+    const auto end = free.begin() + static_cast<std::ptrdiff_t>(certain);
+    return std::find(free.begin(), end, true) == end ? free : std::vector<bool>{};
 }
 
 /// Where the slots of a page lie.
@@ -106,8 +106,9 @@ bool isTight(const TableDefinition& table, std::span<const std::byte> record) {
     if (table.varColumns == 0)
         return record.size() == std::max<std::size_t>(2 + table.fixedBytes() + mask, 4);
     const std::size_t end = record.size() - mask;
-    const std::size_t offsets = end - 4 - 2 * std::size_t{load16(&record[end - 2])};
-    return load16(&record[offsets]) == offsets;
+    const std::size_t tail = 4 + 2 * std::size_t{load16(&record[end - 2])};
+    // A record from before the first variable column has no such part: what lies there may be anything.
+    return tail <= end && load16(&record[end - tail]) == end - tail;
 }
 
 bool isSound(const TableDefinition& table, std::span<const std::byte> record) {

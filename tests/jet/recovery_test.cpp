@@ -1,5 +1,6 @@
 #include "jet/catalog.h"
 #include "jet/file_header.h"
+#include "jet/salvage_pages.h"
 
 #include "platform/file_failures.h"
 
@@ -277,6 +278,36 @@ TEST(Recovery, GoesOnBehindAPageThatTheDiskDoesNotGive) {
         }
     }
     EXPECT_EQ(refused, 1U);
+}
+
+// The place of slot 0 is lost, so records are looked for from the end of the page. What lies there has the layout of
+// one with a null mask of three bytes, but says itself that its mask has one, and before that one stands a count of
+// 65,535.
+TEST(SalvageSlots, ARecordThatContradictsItsOwnEndIsNone) {
+    TableDefinition table;
+    table.maxColumns = 20;
+    table.varColumns = 1;
+    table.columns.resize(2);
+    table.columns[0].type = ColumnType::Long;
+    table.columns[0].flags = 3;
+    table.columns[0].length = 4;
+    table.columns[1].number = 19;
+    table.columns[1].flags = 2;
+
+    PagerFixture f;
+    f.open();
+    Pager::Operation operation(*f.pager);
+    PageEdit page = f.pager->append();
+    DataPageEditor::format(page, 7);
+    store16(page.data() + 12, 1);
+    store16(page.data() + 14, 3);
+    constexpr std::size_t kRecord = 4096 - 20;
+    store16(page.data() + kRecord, 8);           // columns
+    store16(page.data() + kRecord + 13, 13);     // end of the variable data
+    store16(page.data() + kRecord + 17, 0xFFFF); // variable columns, for a mask of one byte
+    const auto slots = salvageSlots(page, table);
+    ASSERT_EQ(slots.size(), 1U);
+    EXPECT_EQ(slots[0].fault, "its place in the page is not known");
 }
 
 TEST(Recovery, RefusesWhatIsNoDatabaseAndWhatIsSealed) {
