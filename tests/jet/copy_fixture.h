@@ -1,5 +1,6 @@
 #pragma once
 
+#include "jet/journal.h"
 #include "jet/recovery.h"
 
 #include "tests/jet/verify_fixture.h"
@@ -72,7 +73,7 @@ public:
     }
     bool leftNothing() {
         return !files.fileExists(kTarget) && !files.fileExists(kTarget + u".part") &&
-               !files.fileExists(kTarget + u".part-journal");
+               !files.fileExists(journalPath(kTarget + u".part"));
     }
 
     Told told;
