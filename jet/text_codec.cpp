@@ -119,12 +119,12 @@ void decodeTextInPlace(std::u16string& text, std::size_t bytes) {
 }
 
 void appendRawText(std::vector<std::byte>& out, std::u16string_view text) {
-    while (!text.empty() && text.front() == kMarkUnit) {
+    if (!text.empty() && text.front() == kMarkUnit) {
         if (std::all_of(text.begin(), text.end(), fitsAnyRun)) {
             appendRuns(out, text);
             return;
         }
-        text.remove_prefix(1);
+        text.remove_prefix(std::min(text.find_first_not_of(kMarkUnit), text.size()));
     }
     appendUnits(out, text);
 }

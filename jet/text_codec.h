@@ -21,8 +21,8 @@ void decodeText(std::span<const std::byte> stored, std::u16string& out);
 void decodeTextInPlace(std::u16string& text, std::size_t bytes);
 
 /// Appends UTF-16LE. A text that begins with U+FEFF would be taken for a compressed one: it is written in the
-/// compressed form's raw run, or, when a unit in it cannot stand in a run (U+0000, U+4E00: a zero byte), loses its
-/// U+FEFF.
+/// compressed form's raw run, or, when a unit in it cannot stand in a run (U+0000, U+4E00: a zero byte), loses every
+/// U+FEFF in front.
 void appendRawText(std::vector<std::byte>& out, std::u16string_view text);
 
 /// More than 2 and at most kMaxCompressedUnits units, all of them U+0001 to U+00FF.
