@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <array>
+#include <unordered_map>
 
 namespace kelb::jet {
 
@@ -18,6 +19,7 @@ constexpr std::array kSignature = {std::byte{'M'}, std::byte{'R'}, std::byte{'2'
 constexpr std::array kJet3Signature = {std::byte{'K'}, std::byte{'K'}, std::byte{'D'}, std::byte{0}};
 constexpr std::uint16_t kNameList = 0x80, kTable = 0, kColumn = 1;
 constexpr std::size_t kChunkHeader = 6, kValueHeader = 8;
+constexpr std::size_t kMaxValue = 0xFFFF - kValueHeader; ///< bytes
 constexpr std::u16string_view kRequired = u"Required";
 
 /// Reads from left to right inside given bytes; running out of them is damage.
@@ -48,6 +50,7 @@ public:
         std::u16string text;
         const std::size_t bytes = u16();
         codePage_ == 0 ? decodeText(take(bytes), text) : decodeCodePageText(take(bytes), codePage_, text);
+        requireStorable(2 * text.size());
         return text;
     }
     /// A value as Access 2000 stores it.
@@ -62,11 +65,21 @@ public:
         decodeCodePageText(bytes, codePage_, decoded);
         std::vector<std::byte> stored;
         appendRawText(stored, decoded);
+        requireStorable(stored.size());
         return stored;
     }
     std::vector<std::byte> rest() const { return {rest_.begin(), rest_.end()}; }
 
 private:
+    /// Texts of Access 97 take up to twice their bytes in UTF-16; lengths stay of 16 bits.
+    static void requireStorable(std::size_t bytes) {
+        if (bytes > kMaxValue) {
+            throw Error(Error::Kind::Corrupt, "table properties that Access 2000 cannot hold: a text of " +
+                                                  std::to_string(bytes) + " bytes, at most " +
+                                                  std::to_string(kMaxValue) + " fit");
+        }
+    }
+
     std::span<const std::byte> rest_;
     std::uint16_t codePage_;
 };
@@ -114,17 +127,24 @@ void appendChunk(std::vector<std::byte>& out, std::uint16_t type, std::span<cons
     out.insert(out.end(), data.begin(), data.end());
 }
 
-/// Number of a name in the list, put there when it is new.
-std::size_t numberOf(std::vector<std::u16string>& names, const std::u16string& name) {
-    const auto found = std::find(names.begin(), names.end(), name);
-    if (found == names.end()) {
-        names.push_back(name);
-        return names.size() - 1;
+/// The list of names, each once, numbered in the order in which they come up.
+class NameList {
+public:
+    std::size_t numberOf(const std::u16string& name) {
+        const auto [place, isNew] = numbers_.try_emplace(name, numbers_.size());
+        if (isNew) {
+            appendName(data_, name);
+        }
+        return place->second;
     }
-    return static_cast<std::size_t>(found - names.begin());
-}
+    std::span<const std::byte> data() const noexcept { return data_; }
 
-std::vector<std::byte> ownerData(const PropertyOwner& owner, std::vector<std::u16string>& names) {
+private:
+    std::unordered_map<std::u16string, std::size_t> numbers_;
+    std::vector<std::byte> data_;
+};
+
+std::vector<std::byte> ownerData(const PropertyOwner& owner, NameList& names) {
     std::vector<std::byte> data;
     append32(data, 4 + 2 + 2 * owner.name.size());
     appendName(data, owner.name);
@@ -132,7 +152,7 @@ std::vector<std::byte> ownerData(const PropertyOwner& owner, std::vector<std::u1
         append16(data, kValueHeader + property.value.size());
         data.push_back(std::byte{property.definitionOnly});
         data.push_back(std::byte{property.type});
-        append16(data, numberOf(names, property.name));
+        append16(data, names.numberOf(property.name));
         append16(data, property.value.size());
         data.insert(data.end(), property.value.begin(), property.value.end());
     }
@@ -201,7 +221,7 @@ void Properties::setRequired(std::u16string_view column) {
 }
 
 std::vector<std::byte> Properties::build() const {
-    std::vector<std::u16string> names;
+    NameList names;
     std::vector<std::byte> chunks;
     for (const PropertyOwner& owner : owners) {
         appendChunk(chunks, owner.kind, ownerData(owner, names));
@@ -209,12 +229,8 @@ std::vector<std::byte> Properties::build() const {
     for (const OtherChunk& other : others_) {
         appendChunk(chunks, other.type, other.data);
     }
-    std::vector<std::byte> nameList;
-    for (const std::u16string& name : names) {
-        appendName(nameList, name);
-    }
     std::vector<std::byte> out(kSignature.begin(), kSignature.end());
-    appendChunk(out, kNameList, nameList);
+    appendChunk(out, kNameList, names.data());
     out.insert(out.end(), chunks.begin(), chunks.end());
     return out;
 }

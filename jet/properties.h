@@ -36,14 +36,14 @@ class Properties {
 public:
     Properties() = default;
     /// Empty bytes have none. Those of Access 97 ("KKD", texts in `codePage`) come as Access 2000 would have them.
-    /// Throws Error (Corrupt) for malformed ones.
+    /// Throws Error (Corrupt) for malformed ones, and for texts of Access 97 that are too long for Access 2000.
     explicit Properties(std::span<const std::byte> stored, std::uint16_t codePage = 1252);
 
     bool isRequired(std::u16string_view column) const noexcept; ///< names without regard to case
     void setRequired(std::u16string_view column);
 
-    std::vector<std::byte> build() const;
-    std::vector<PropertyOwner> owners; ///< in stored order
+    std::vector<std::byte> build() const; ///< the bytes to store, in the form of Access 2000
+    std::vector<PropertyOwner> owners;    ///< in stored order
 
 private:
     struct OtherChunk {

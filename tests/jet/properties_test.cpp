@@ -1,5 +1,6 @@
 #include "jet/properties.h"
 
+#include "jet/byte_order.h"
 #include "jet/error.h"
 
 #include "tests/jet/hex_bytes.h"
@@ -59,6 +60,25 @@ TEST(Properties, OfAccess97ComeInUtf16) {
     ASSERT_EQ(read.owners.size(), 1U);
     ASSERT_EQ(read.owners[0].properties.size(), 2U);
     EXPECT_EQ(hex(read.owners[0].properties[1].value), hex(bytes("75 98"))) << "U+9875";
+}
+
+// In UTF-16 a text takes twice its bytes, and their number must fit 16 bits.
+TEST(Properties, OfAccess97ThatAreTooLongForAccess2000AreRefused) {
+    for (const auto& [length, fits] : {std::pair(30000U, true), {33000U, false}}) {
+        auto stored = bytes("4b 4b 44 00 | 0a 00 00 00 80 00 02 00 41 61 | 00 00 00 00 01 00 07 00 00 00 01 00 63 |"
+                            "00 00 00 0c 00 00 00 00");
+        store16(&stored[27], static_cast<std::uint16_t>(8 + length));
+        store16(&stored[33], static_cast<std::uint16_t>(length));
+        stored.insert(stored.end(), length, std::byte{'x'});
+        store32(&stored[14], static_cast<std::uint32_t>(stored.size() - 14));
+        if (!fits) {
+            EXPECT_THROW(Properties(stored, 1252), Error);
+            continue;
+        }
+        const Properties again(Properties(stored, 1252).build());
+        ASSERT_EQ(again.owners.size(), 1U);
+        EXPECT_EQ(again.owners[0].properties.at(0).value.size(), 2 * length);
+    }
 }
 
 TEST(Properties, NoneAndDamaged) {
