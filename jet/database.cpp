@@ -132,7 +132,7 @@ std::unique_ptr<Database> Database::open(platform::Platform& platform, std::u16s
     if (writes) {
         if (!options.ignoreLockFile)
             requireNoLockFile(platform.files, path);
-        recover(platform.files, path, *file);
+        recover(platform.files, path, *file, kPageSize); // the only one that is ever written
     }
     const FileHeader header = readHeader(*file, path);
     if (options.access != Pager::Access::Read)

@@ -139,8 +139,9 @@ void Journal::read(PageNumber page, std::span<std::byte> bytes) const {
     file_->readAt(offsets_.at(raw(page)), bytes);
 }
 
-void Journal::requireFor(const platform::RandomAccessFile& database, std::u16string_view databasePath) const {
-    bool same = database.size() >= std::uint64_t{pagesBefore_} * pageSize_;
+void Journal::requireFor(const platform::RandomAccessFile& database, std::u16string_view databasePath,
+                         std::size_t pageSize) const {
+    bool same = pageSize == pageSize_ && database.size() >= std::uint64_t{pagesBefore_} * pageSize_;
     if (same && headerPageSum_ != 0) {
         std::vector<std::byte> page(pageSize_);
         database.readAt(0, page);
@@ -164,12 +165,13 @@ void Journal::playBack(platform::RandomAccessFile& database) const {
     database.sync();
 }
 
-void recover(platform::FileSystem& files, std::u16string_view databasePath, platform::RandomAccessFile& database) {
+void recover(platform::FileSystem& files, std::u16string_view databasePath, platform::RandomAccessFile& database,
+             std::size_t pageSize) {
     Journal::Search search = Journal::find(files, databasePath);
     if (search.found == Journal::Found::None)
         return;
     if (search.journal) {
-        search.journal->requireFor(database, databasePath);
+        search.journal->requireFor(database, databasePath, pageSize);
         search.journal->playBack(database);
         search.journal.reset(); // closed before it is removed
     }

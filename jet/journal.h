@@ -78,8 +78,9 @@ public:
     bool holds(PageNumber page) const { return offsets_.contains(raw(page)); }
     /// Old content of a page. Requires holds(page) and page.size() == pageSize().
     void read(PageNumber page, std::span<std::byte> bytes) const;
-    /// Throws Error (Corrupt) unless the database is the one that the journal was written for.
-    void requireFor(const platform::RandomAccessFile& database, std::u16string_view databasePath) const;
+    /// Throws Error (Corrupt) unless the database, of pages of that size, is the one that the journal was written for.
+    void requireFor(const platform::RandomAccessFile& database, std::u16string_view databasePath,
+                    std::size_t pageSize) const;
     /// Gives the database its old pages and length back, and syncs it.
     void playBack(platform::RandomAccessFile& database) const;
 
@@ -97,7 +98,9 @@ struct Journal::Search {
 };
 
 /// What opening for writing does first: plays a whole journal back, throws a torn one away. The database must be locked
-/// by the caller, so that the journal is not a live writer's. Throws FileError and Error (Corrupt).
-void recover(platform::FileSystem& files, std::u16string_view databasePath, platform::RandomAccessFile& database);
+/// by the caller, so that the journal is not a live writer's. Throws FileError, and Error (Corrupt) for a whole journal
+/// of another file.
+void recover(platform::FileSystem& files, std::u16string_view databasePath, platform::RandomAccessFile& database,
+             std::size_t pageSize);
 
 } // namespace kelb::jet

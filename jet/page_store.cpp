@@ -16,11 +16,11 @@ PageStore::PageStore(platform::FileSystem& files, const std::u16string& path,
     : files_(files), path_(path), file_(std::move(file)), pageSize_(pageSize),
       scratch_(access == Pager::Access::Scratch) {
     if (access == Pager::Access::Write) {
-        recover(files_, path_, *file_);
+        recover(files_, path_, *file_, pageSize_);
     } else {
         overlay_ = Journal::find(files_, path_).journal;
         if (overlay_)
-            overlay_->requireFor(*file_, path_);
+            overlay_->requireFor(*file_, path_, pageSize_);
     }
     const std::uint64_t size = file_->size();
     pageCount_ = overlay_ ? overlay_->pagesBefore()
@@ -96,7 +96,7 @@ void PageStore::commitToFile(std::span<const Change> changes) {
         // The first error is the one to report. When mending fails as well, the journal stays and mends the file at
         // the next opening.
         try {
-            recover(files_, path_, *file_);
+            recover(files_, path_, *file_, pageSize_);
         } catch (const std::exception&) {
         }
         throw;

@@ -134,6 +134,24 @@ TEST_F(JournalTest, OneOfAReplacedDatabaseIsRefusedAndNothingTouched) {
     }
 }
 
+TEST_F(JournalTest, OneOfPagesOfAnotherSizeIsRefusedAndNothingTouched) {
+    f.files.removeFile(path);
+    JournalWriter writer(f.files, kPath,
+                         {.pageSize = kJet3PageSize, .pagesBefore = 4, .entries = 1, .headerPageSum = 0});
+    writer.add(PageNumber{1}, std::vector<std::byte>(kJet3PageSize, std::byte{'b'}));
+    writer.finish();
+    for (const auto access : {Pager::Access::Write, Pager::Access::Read}) {
+        EXPECT_THROW(
+            {
+                f.open(access);
+                static_cast<void>(f.seen());
+            },
+            Error);
+        EXPECT_EQ(f.inFile(), "aXcXe");
+        EXPECT_TRUE(f.files.fileExists(path));
+    }
+}
+
 /// Once with a disk that fails a single time, once with one that is off from then on and loses what was not synced.
 TEST_F(JournalTest, PlayingBackMayItselfBeCutOffAnywhere) {
     for (const bool powerCut : {false, true}) {
