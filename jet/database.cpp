@@ -96,9 +96,9 @@ std::unique_ptr<Table> Database::State::makeTable(std::u16string_view name, Page
                 const Properties properties = catalog.properties(table.page);
                 for (Column& column : table.columns)
                     column.required = properties.isRequired(column.name);
-            } catch (const CorruptFile&) {
+            } catch (const Error& damage) {
                 // Only what may be written needs to know which columns are required; reading must not fail over that.
-                if (pager.access() != Pager::Access::Read)
+                if (damage.kind() != Error::Kind::Corrupt || pager.access() != Pager::Access::Read)
                     throw;
             }
         };

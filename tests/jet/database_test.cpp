@@ -462,6 +462,21 @@ TEST_F(ChangedTable, ADryRunReadsItsChangesBackAndLeavesTheFile) {
     database = machine.open(Access::Read);
 }
 
+TEST_F(ChangedTable, DamagedPropertiesAreInTheWayOfWritingOnly) {
+    Table& objects = database->table(u"MSysObjects");
+    const auto entry = objects.lookUp(*objects.indexOn(*objects.definition().findColumn(u"Id")), std::int32_t{16});
+    const Column* properties = objects.definition().findColumn(u"LvProp");
+    const auto place = static_cast<std::size_t>(properties - objects.definition().columns.data());
+    objects.update(entry.at(0), std::vector<Change>{{place, Binary(8, std::byte{'x'})}});
+    database->commit();
+    database.reset();
+    database = machine.open(Access::Read);
+    EXPECT_EQ(valueOf(current(), rows[3], u"url"), Value(u"u4"));
+    database.reset();
+    database = machine.open(Access::Write);
+    EXPECT_THAT(refusal([&] { current().definition(); }, Kind::Corrupt), HasSubstr("properties"));
+}
+
 TEST_F(ChangedTable, NothingIsChangedInADatabaseOpenForReading) {
     database.reset();
     database = machine.open(Access::Read);
