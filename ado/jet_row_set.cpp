@@ -63,13 +63,15 @@ void JetRowSet::releasePages() noexcept {
 /// The rows that were there at opening: all of the table but those added through this set.
 void JetRowSet::listMembers() const {
     const std::unordered_set<std::uint32_t> own(added_.begin(), added_.end());
+    std::vector<std::uint32_t> found; // taken over when it is whole: a failed scan begins anew the next time
     jet::TableScan scan = table().scan();
     jet::Row row;
     while (scan.next(row)) {
         if (own.empty() || !own.contains(row.id().packed())) {
-            members_.push_back(row.id().packed());
+            found.push_back(row.id().packed());
         }
     }
+    members_ = std::move(found);
     listed_ = true;
 }
 

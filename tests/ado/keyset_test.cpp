@@ -110,6 +110,29 @@ TEST_F(Keyset, AddingReadsNoRows) {
     EXPECT_GT(reads, 40);
 }
 
+/// A disk that fails once: the list of rows begins anew, and none is in it twice.
+TEST_F(Keyset, ListsATableAnewAfterAFailure) {
+    execute(u"create table wide (a varchar(255), b varchar(255))");
+    Recordset fill = open(u"wide");
+    for (int row = 0; row < 400; ++row) { // four to a page
+        fill.AddNew();
+        fill.set(u"a", std::u16string(255, u'网'));
+        fill.set(u"b", std::u16string(255, u'页'));
+        fill.Update();
+    }
+    fill.Close();
+    start({}); // an empty cache
+    Recordset set = open(u"wide");
+    int reads = 0;
+    files.beforeOperation = [&](std::string_view operation, std::u16string_view file) {
+        if (operation == "read" && ++reads == 4) { // runs of pages: 1, 2, 4, 8 …
+            throw platform::FileError(platform::FileError::Kind::Other, operation, file, 5, "input/output error");
+        }
+    };
+    EXPECT_EQ(errorOf([&] { set.RecordCount(); })->kind, Error::Kind::Io);
+    EXPECT_EQ(set.RecordCount(), 400U);
+}
+
 /// The file format gives the place of a deleted row to a new one. That must not come up under the old member.
 TEST_F(Keyset, ANewRowInAnOldPlaceIsNoMember) {
     Recordset set = open(u"select n from t");
