@@ -42,7 +42,6 @@ FieldType fieldTypeOf(const jet::Column& column) noexcept {
 }
 
 std::vector<FieldInfo> fieldsOf(const jet::TableDefinition& table) {
-    const std::size_t bytesPerCharacter = table.dialect == jet::Dialect::Jet3 ? 1 : 2;
     std::vector<FieldInfo> fields;
     fields.reserve(table.columns.size());
     for (const jet::Column& column : table.columns) {
@@ -50,7 +49,7 @@ std::vector<FieldInfo> fieldsOf(const jet::TableDefinition& table) {
         field.name = column.name;
         field.type = fieldTypeOf(column);
         if (field.type == FieldType::Text) {
-            field.size = column.length / bytesPerCharacter;
+            field.size = column.length / 2U;
         } else if (field.type == FieldType::Binary) {
             field.size = column.length;
         }

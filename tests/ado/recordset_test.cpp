@@ -1,3 +1,5 @@
+#include "ado/jet_fields.h"
+
 #include "tests/ado/ado_fixture.h"
 
 namespace kelb::ado::testing {
@@ -251,6 +253,19 @@ TEST_F(Records, NamesItsFields) {
     set.Update();
     EXPECT_EQ(rows(u"select a from t where id=1"), "via x");
     EXPECT_EQ(errorOf([&] { set.Open(u"t", *connection); })->kind, Error::Kind::Refused);
+}
+
+/// A column's length says two bytes for each character in every dialect, Access 97 too.
+TEST(JetFields, TellTheSizeOfATextInCharacters) {
+    for (const auto dialect : {jet::Dialect::Jet3, jet::Dialect::Jet4, jet::Dialect::Ace}) {
+        jet::TableDefinition table;
+        table.dialect = dialect;
+        jet::Column column;
+        column.type = jet::ColumnType::Text;
+        column.length = 100;
+        table.columns.push_back(column);
+        EXPECT_EQ(fieldsOf(table).at(0).size, 50U);
+    }
 }
 
 TEST_F(Records, OpensATableByName) {
