@@ -25,11 +25,11 @@ std::optional<double> serialDay(int year, int month, int day) {
     if (year < kFirstYear || month < 1 || month > 12 || day < 1 || day > 31) {
         return std::nullopt;
     }
-    const int years = year - kFirstYear;
+    const std::int64_t years = year - kFirstYear; // of a damaged file there may be millions
     const bool leapDayPassed = years % 4 == 0 && month > 2;
-    const int serial = years * 365 + (years + 3) / 4 + kDaysBefore[static_cast<std::size_t>(month - 1)] + day +
-                       (leapDayPassed ? 1 : 0);
-    return serial < kExcelsLeapDay ? serial + 1 : serial;
+    const std::int64_t serial = years * 365 + (years + 3) / 4 + kDaysBefore[static_cast<std::size_t>(month - 1)] + day +
+                                (leapDayPassed ? 1 : 0);
+    return static_cast<double>(serial < kExcelsLeapDay ? serial + 1 : serial);
 }
 
 std::optional<double> serialDate(unsigned char type, const char* text) {

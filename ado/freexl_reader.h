@@ -2,6 +2,7 @@
 
 #include "ado/sheet_cells.h"
 
+#include <cstdint>
 #include <optional>
 #include <string_view>
 
