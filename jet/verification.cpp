@@ -14,8 +14,8 @@ constexpr std::size_t kMostWarnings = 200;
 } // namespace
 
 Verification::Verification(Database& checked)
-    : database(checked), pager(checked.pager()), mapPages(0), names_{"nobody"}, owners_(pager.pageCount(), 0),
-      ordinals_(pager.pageCount(), 0) {
+    : database(checked), pager(checked.pager()), mapPages(0), freePages(pager.pageCount(), false), names_{"nobody"},
+      owners_(pager.pageCount(), 0), ordinals_(pager.pageCount(), 0) {
     mapPages = newOwner("usage maps");
 }
 

@@ -63,7 +63,7 @@ public:
     std::vector<Fault> takeFaults();
 
     Owner mapPages;                    ///< pages with rows of usage maps: any number of maps share one
-    std::vector<bool> freePages;       ///< by the global map
+    std::vector<bool> freePages;       ///< by page, as the global map says; none until it has been read
     std::vector<PageNumber> releasing; ///< members of the map of pages about to become free
 
 private:

@@ -48,7 +48,6 @@ void claimMapPage(Verification& v, PageNumber page) {
 /// window of an inline map. What a map by reference does not cover is not free.
 void readFreePages(Verification& v) {
     const MapRow map(v.pager, kGlobalMap);
-    v.freePages.assign(v.pager.pageCount(), false);
     if (!map.byReference()) {
         for (std::size_t page = map.firstPage() + 8 * map.window().size(); page < v.freePages.size(); ++page)
             v.freePages[page] = true;
@@ -88,7 +87,6 @@ void checkGlobalMaps(Verification& v) {
         if (!readFileHeader(page.bytes().first(kHeaderFront), v.pager.path()).standardMaps)
             v.error(PageNumber{0}, "header: the map of free pages should be on page 1, slot 0");
     });
-    v.freePages.assign(v.pager.pageCount(), false);
     v.guarded(kGlobalPage, "map of free pages", [&] {
         if (checkDataPage(v, v.pager.read(kGlobalPage), kGlobalPageOwner, "global maps"))
             readFreePages(v);
