@@ -176,26 +176,14 @@ INSTANTIATE_TEST_SUITE_P(Screens, FormSizes,
                          }),
                          [](const auto& each) { return std::string(each.param.name); });
 
-double averageLightness(const QImage& picture) {
-    double sum = 0;
-    for (int y = 0; y < picture.height(); ++y) {
-        for (int x = 0; x < picture.width(); ++x) {
-            sum += qGray(picture.pixel(x, y));
-        }
-    }
-    return sum / picture.width() / picture.height();
-}
-
 TEST_F(FormControls, TakeTheColoursOfADarkDesktop) {
-    const QPalette light = QApplication::palette();
-    QApplication::setStyle("Fusion");
-    QApplication::setPalette(QPalette(QColor(50, 50, 50), QColor(40, 40, 40)));
+    std::optional<DarkDesktop> dark(std::in_place);
     openWindow("Command1",
                [](const JobRequest&, jobs::JobHost& host, jobs::JobSummary&) { host.log(u"totalRec: 14"); });
     click("Command1");
     const QImage picture = form->grab().toImage();
     form.reset();
-    QApplication::setPalette(light);
+    dark.reset();
     EXPECT_LT(averageLightness(picture), 90) << "something keeps a light ground";
 }
 

@@ -263,6 +263,25 @@ TEST_F(ResultsBrowserTest, TellsWhatCannotBeShown) {
     EXPECT_THAT(titles(), SizeIs(3));
 }
 
+TEST_F(ResultsBrowserTest, FitsASmallScreenAtDoubleSizeAndADarkDesktop) {
+    std::optional<DarkDesktop> dark(std::in_place);
+    open();
+    form->resize(640, 370);
+    list().selectRow(1); // its page file is gone, so the right side is not the white of a page
+    EXPECT_THAT(sourcePage(), testing::HasSubstr("页面文件已不存在"));
+    EXPECT_EQ(form->size(), QSize(640, 370)) << "the window cannot be made this small";
+    for (const char* name : {"ResultsPath", "ResultsRefresh", "ResultsFilter", "ResultsCounts", "ResultsPass",
+                             "ResultsViewer", "ResultsArticle", "ResultsSourcePage"}) {
+        const auto& widget = find<QWidget>(name);
+        EXPECT_EQ(widget.visibleRegion().boundingRect(), widget.rect()) << name;
+        EXPECT_FALSE(widget.accessibleName().isEmpty() && !widget.inherits("QLabel")) << name;
+    }
+    const QImage picture = form->grab().toImage();
+    form.reset();
+    dark.reset();
+    EXPECT_LT(averageLightness(picture), 90) << "something keeps a light ground";
+}
+
 TEST_F(ResultsBrowserTest, SortsByAClickOnAHeader) {
     open();
     auto& header = *list().horizontalHeader();

@@ -10,10 +10,13 @@
 
 #include <gtest/gtest.h>
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QCoreApplication>
 #include <QElapsedTimer>
+#include <QImage>
 #include <QLabel>
+#include <QPalette>
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
@@ -21,6 +24,7 @@
 #include <algorithm>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -53,6 +57,31 @@ public:
     QString openFile(QWidget*, const QString&, const QString&, const QString&) override { return chosen; }
     QString saveFile(QWidget*, const QString&, const QString&, const QString&) override { return chosen; }
     QString openFolder(QWidget*, const QString&, const QString&) override { return chosen; }
+};
+
+inline double averageLightness(const QImage& picture) {
+    double sum = 0;
+    for (int y = 0; y < picture.height(); ++y) {
+        for (int x = 0; x < picture.width(); ++x) {
+            sum += qGray(picture.pixel(x, y));
+        }
+    }
+    return sum / picture.width() / picture.height();
+}
+
+/// The desktop's colours are dark while this stands.
+class DarkDesktop {
+public:
+    DarkDesktop() : light_(QApplication::palette()) {
+        QApplication::setStyle("Fusion");
+        QApplication::setPalette(QPalette(QColor(50, 50, 50), QColor(40, 40, 40)));
+    }
+    ~DarkDesktop() { QApplication::setPalette(light_); }
+    DarkDesktop(const DarkDesktop&) = delete;
+    DarkDesktop& operator=(const DarkDesktop&) = delete;
+
+private:
+    QPalette light_;
 };
 
 /// A clock that stands until it is moved.
