@@ -35,7 +35,7 @@ bool isPostNumber(std::u16string_view text) {
     return text.size() == 4 && std::ranges::all_of(text, [](char16_t unit) { return unit >= u'0' && unit <= u'9'; });
 }
 
-Floors cutFloors(std::u16string_view html) {
+Floors findFloors(std::u16string_view html) {
     Floors floors;
     std::size_t start = html.npos;
     std::size_t at = html.find(kFloorMarker);
@@ -57,9 +57,9 @@ Floors cutFloors(std::u16string_view html) {
     return floors;
 }
 
-/// cutFloors with its reasons; false when the page does not count as a thread.
+/// The floors of a page, and what speaks against it as a thread; false when it does not count as one.
 bool cutFloors(std::u16string_view html, Floors& floors, std::u16string& sReason) {
-    floors = cutFloors(html);
+    floors = findFloors(html);
     if (html.find(kFloorMarker) == html.npos) {
         addReason(sReason, kNoFloorMark);
     }

@@ -3,8 +3,6 @@
 #include "platform/letter_case.h"
 #include "platform/text.h"
 
-#include <algorithm>
-
 namespace kelb::extract::Prog_Kelb {
 
 namespace {

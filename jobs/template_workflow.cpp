@@ -2,6 +2,7 @@
 
 #include "ado/connection_string.h"
 #include "jobs/table_check.h"
+#include "store/table_names.h"
 
 namespace kelb::jobs {
 namespace {
@@ -89,13 +90,7 @@ bool TemplateWorkflow::isOpen() const {
 }
 
 bool tableExists(std::u16string_view sTable, ado::Connection& conn) {
-    ado::Recordset tables;
-    for (conn.OpenSchema(tables); !tables.Eof(); tables.MoveNext()) {
-        if (tables.text(u"TABLE_NAME") == sTable) {
-            return true;
-        }
-    }
-    return false;
+    return store::tableExists(sTable, conn);
 }
 
 } // namespace kelb::jobs

@@ -10,9 +10,8 @@ namespace kelb::rewrite {
 inline constexpr std::array<std::u16string_view, 75> kBrands{
     // television sets
     u"长虹", u"康佳", u"创维", u"海尔", u"TCL", u"海信", u"组装机", u"厦华", u"熊猫", u"乐华", u"牡丹", u"康力",
-    u"金星", u"高路华", u"福日", u"北京", u"三星", u"索尼", u"松下",
-    //
-    u"东芝", u"日立", u"三洋", u"夏普", u"飞利浦", u"PHILIPS",
+    u"金星", u"高路华", u"福日", u"北京", u"三星", u"索尼", u"松下", u"东芝", u"日立", u"三洋", u"夏普", u"飞利浦",
+    u"PHILIPS",
     // monitors
     u"AOC", u"优派", u"ViewSonic", u"三星", u"SAMSUNG", u"Great Wall", u"长城", u"美格", u"MAG", u"现代", u"HYUNDAI",
     u"新特丽", u"NESO", u"HPC", u"爱国者", u"aigo", u"唯冠科技", u"EMC", u"玛雅", u"MAYA", u"神州数码",

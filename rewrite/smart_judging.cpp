@@ -3,6 +3,7 @@
 #include "platform/code_page.h"
 #include "platform/text.h"
 
+#include <algorithm>
 #include <array>
 #include <limits>
 #include <stdexcept>
@@ -23,6 +24,9 @@ constexpr std::array<std::u16string_view, 17> kThanks{
 
 /// Units with which a thank-you phrase begins: a segment without any of them needs no search.
 constexpr std::u16string_view kThanksBegin = u"谢楼分资感论多收学先好看";
+static_assert(std::ranges::all_of(kThanks, [](std::u16string_view phrase) {
+    return kThanksBegin.find(phrase.front()) != phrase.npos;
+}));
 
 constexpr bool isDropped(char16_t unit) {
     return unit == u'|' || unit == u'-' || unit == u'—' || unit == u'/';

@@ -5,7 +5,6 @@
 #include "segment/segmenter.h"
 #include "segment/word_dictionary.h"
 
-#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>

@@ -2,7 +2,6 @@
 
 #include "platform/code_page.h"
 #include "platform/text.h"
-#include "platform/utf8.h"
 
 #include <limits>
 #include <stdexcept>
@@ -96,7 +95,7 @@ PagePlace ClsIO::placeOf(std::u16string_view base) {
 void ClsIO::listNames(const std::u16string& subFolder) {
     for (std::u16string& name : files_.listFiles(subFolder)) {
         events_.yield();
-        if (name.find(u'|') == name.npos) {
+        if (isUsableName(name)) {
             fileNames_.push_back(std::move(name));
         } else if (onUnusableName) {
             std::u16string path = subFolder;

@@ -58,6 +58,8 @@ public:
     const std::optional<PagePlace>& place() const noexcept { return place_; }
     /// Files of sub-folders that this walk has left behind without handing them out.
     std::size_t passedOver() const noexcept { return passedOver_; }
+    /// Whether a file of this name is handed out.
+    static bool isUsableName(std::u16string_view name) noexcept { return name.find(u'|') == name.npos; }
     /// Is told the path of each file whose name cannot be handed out.
     std::function<void(std::u16string_view path)> onUnusableName;
 

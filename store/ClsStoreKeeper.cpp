@@ -6,6 +6,7 @@
 #include "platform/letter_case.h"
 #include "platform/like.h"
 #include "platform/text.h"
+#include "store/table_names.h"
 #include "store/value_text.h"
 
 #include <cmath>
@@ -52,8 +53,9 @@ constexpr std::size_t kListLengthEnd = 30000;
 
 std::u16string joined(std::initializer_list<std::u16string_view> pieces) {
     std::u16string text;
-    for (const std::u16string_view piece : pieces)
+    for (const std::u16string_view piece : pieces) {
         text += piece;
+    }
     return text;
 }
 
@@ -84,18 +86,14 @@ bool ClsStoreKeeper::IsReady() const {
 }
 
 bool ClsStoreKeeper::tableExists(std::u16string_view tableName) {
-    ado::Recordset tables;
-    connection_.OpenSchema(tables);
-    for (; !tables.Eof(); tables.MoveNext())
-        if (tables.text(u"TABLE_NAME") == tableName)
-            return true;
-    return false;
+    return store::tableExists(tableName, connection_);
 }
 
 bool ClsStoreKeeper::Save2DB(std::u16string_view content, std::u16string_view url, std::u16string_view refurl,
                              std::u16string_view reftxt) {
-    if (!IsReady())
+    if (!IsReady()) {
         return false;
+    }
     try {
         mainRows_.AddNew();
         mainRows_.set(u"url", left(url, kAddressCut));
@@ -111,8 +109,9 @@ bool ClsStoreKeeper::Save2DB(std::u16string_view content, std::u16string_view ur
 }
 
 bool ClsStoreKeeper::IsRecExists(std::u16string_view url, std::u16string_view tableName) {
-    if (!IsReady())
+    if (!IsReady()) {
         return false;
+    }
     ado::Recordset rows;
     rows.Open(selectByUrl(u"url", tableName, url, u" where url = '"), connection_, CursorType::Keyset,
               LockType::ReadOnly);
@@ -121,8 +120,9 @@ bool ClsStoreKeeper::IsRecExists(std::u16string_view url, std::u16string_view ta
 
 bool ClsStoreKeeper::iniStoreKeeper(std::u16string_view dbPath, std::u16string_view tableName,
                                     std::u16string_view learnTableName) {
-    if (!platform_.files.fileExists(dbPath))
+    if (!platform_.files.fileExists(dbPath)) {
         return false;
+    }
     closeStore();
     connection_.Open(ado::jetConnectionString(dbPath));
     createMissingTables(tableName, learnTableName);
@@ -138,8 +138,9 @@ bool ClsStoreKeeper::iniStoreKeeper(std::u16string_view dbPath, std::u16string_v
 void ClsStoreKeeper::closeStore() {
     mainTable_.clear();
     learnTable_.clear();
-    for (ado::Recordset* rows : {&mainRows_, &urlsMv_, &urlsPic_, &urlsMp3_})
+    for (ado::Recordset* rows : {&mainRows_, &urlsMv_, &urlsPic_, &urlsMp3_}) {
         rows->Close();
+    }
     connection_.Close();
 }
 
@@ -150,24 +151,27 @@ void ClsStoreKeeper::createMissingTables(std::u16string_view tableName, std::u16
         createIfMissing(u"myhoney", kHoneyColumns);
         connection_.Execute(kHoneyIndex);
     }
-    for (const std::u16string_view media : {u"URLsMV", u"URLsMP3", u"URLsPIC"})
+    for (const std::u16string_view media : {u"URLsMV", u"URLsMP3", u"URLsPIC"}) {
         createIfMissing(media, kMediaColumns);
+    }
     createIfMissing(u"sexhoney", kSexHoneyColumns);
     createIfMissing(u"DVUser", kUserColumns);
     createIfMissing(u"bbsforum", kForumColumns);
 }
 
 void ClsStoreKeeper::createIfMissing(std::u16string_view tableName, std::u16string_view columns) {
-    if (!tableExists(tableName))
+    if (!tableExists(tableName)) {
         connection_.Execute(joined({u"create table ", tableName, columns}));
+    }
 }
 
 bool ClsStoreKeeper::updateSexHoney(std::u16string_view url, std::u16string_view refurl, std::u16string_view reftxt,
                                     std::u16string_view sonpics, std::u16string_view sonmvs, std::int32_t numsonpics,
                                     std::int32_t numsonmvs) {
     if (!IsReady() || !isAddress(url) || refurl.size() >= kLongAddressEnd || numsonpics >= kSonCountEnd ||
-        numsonmvs >= kSonCountEnd)
+        numsonmvs >= kSonCountEnd) {
         return false;
+    }
     ado::Recordset rows;
     rows.Open(selectByUrl(u"*", u"sexhoney", url), connection_, CursorType::Keyset, LockType::Optimistic);
     if (rows.Eof()) {
@@ -186,8 +190,9 @@ bool ClsStoreKeeper::updateSexHoney(std::u16string_view url, std::u16string_view
 
 bool ClsStoreKeeper::updateLearn(std::u16string_view url, std::int32_t numson1, std::int32_t numson2,
                                  std::int32_t numpic, std::int32_t nummv) {
-    if (!IsReady() || !isAddress(url))
+    if (!IsReady() || !isAddress(url)) {
         return false;
+    }
     ado::Recordset rows;
     rows.Open(selectByUrl(u"*", learnTable_, url), connection_, CursorType::Keyset, LockType::Optimistic);
     if (rows.Eof()) {
@@ -203,10 +208,12 @@ bool ClsStoreKeeper::updateLearn(std::u16string_view url, std::int32_t numson1, 
 }
 
 ado::Recordset* ClsStoreKeeper::mediaTable(std::u16string_view srctype) {
-    if (srctype == u".mpg" || srctype == u"mpeg")
+    if (srctype == u".mpg" || srctype == u"mpeg") {
         return &urlsMv_;
-    if (srctype == u".jpg")
+    }
+    if (srctype == u".jpg") {
         return &urlsPic_;
+    }
     return srctype == u".mp3" ? &urlsMp3_ : nullptr;
 }
 
@@ -214,12 +221,14 @@ bool ClsStoreKeeper::Save2DBURLsSrc(std::u16string_view url, std::u16string_view
                                     std::u16string_view lastcheckdate, std::u16string_view srcsize,
                                     std::u16string_view srctype, std::u16string_view blndown) {
     constexpr std::size_t kTypeWidth = 5;
-    if (!IsReady())
+    if (!IsReady()) {
         return false;
+    }
     ado::Recordset* rows = mediaTable(srctype);
     // An unknown type of a plausible length is passed over without a word; a longer one is a failure of the guard.
-    if (rows == nullptr && srctype.size() <= kTypeWidth)
+    if (rows == nullptr && srctype.size() <= kTypeWidth) {
         return false;
+    }
     const auto date = platform::parseDateTime(lastcheckdate);
     const auto size = parseNumber(srcsize);
     if (rows == nullptr || url.size() > kLinkTextWidth || reftxt.size() >= kLinkTextWidth || !date || !size) {
@@ -228,8 +237,9 @@ bool ClsStoreKeeper::Save2DBURLsSrc(std::u16string_view url, std::u16string_view
     }
     const auto wholeSize = toLong(*size);
     const auto down = parseBoolean(blndown);
-    if (!wholeSize || !down)
+    if (!wholeSize || !down) {
         return false; // conversions that the guard does not look at; the row is abandoned before it begins
+    }
     try {
         rows->AddNew();
         rows->set(u"url", url);
@@ -248,23 +258,29 @@ bool ClsStoreKeeper::Save2DBURLsSrc(std::u16string_view url, std::u16string_view
 }
 
 void ClsStoreKeeper::noteGuardFailure(std::u16string_view url) {
-    if (guardFailures_ >= kGuardFailuresTold)
+    if (guardFailures_ >= kGuardFailuresTold) {
         return;
+    }
     ++guardFailures_;
     errorText_ += joined({u"出错(ClsStoreKeeper Save2DBURLsSrc): 字段超长, ", u"\r\n", url});
-    if (errorText_.size() > kErrorTextCut)
+    if (errorText_.size() > kErrorTextCut) {
         errorText_.erase(0, errorText_.size() - kErrorTextCut);
+    }
 }
 
 bool ClsStoreKeeper::Save2DBDVUser(std::u16string_view userName, std::u16string_view userEmail,
                                    std::u16string_view userID) {
-    if (!IsReady())
+    if (!IsReady()) {
         return false;
-    for (const std::u16string_view text : {userName, userEmail, userID})
-        if (text.empty() || text.size() >= kLinkTextWidth)
+    }
+    for (const std::u16string_view text : {userName, userEmail, userID}) {
+        if (text.empty() || text.size() >= kLinkTextWidth) {
             return false;
-    if (!parseNumber(userID))
+        }
+    }
+    if (!parseNumber(userID)) {
         return false;
+    }
     ado::Recordset rows;
     rows.Open(joined({u"select * from DVUser where username='", quoted(userName), u"' or useremail='",
                       quoted(userEmail), u"'"}),
@@ -278,17 +294,19 @@ bool ClsStoreKeeper::Save2DBDVUser(std::u16string_view userName, std::u16string_
         return true;
     }
     // Only the first clash of an instance is told.
-    if (errorText_.find(u"save2DBDVUser") == std::u16string::npos)
+    if (errorText_.find(u"save2DBDVUser") == std::u16string::npos) {
         errorText_ += joined({u"\r\n", u"ClsStoreKeeper save2DBDVUser Found Data 异常: userName: ", userName,
                               u" userEmail: ", userEmail, u" userID: ", userID});
+    }
     return false;
 }
 
 bool ClsStoreKeeper::Save2DBbbsforum(std::u16string_view url, std::u16string_view boardid,
                                      std::u16string_view articleid, std::u16string_view start,
                                      std::u16string_view content, const platform::DateTime& recdate) {
-    if (!IsReady())
+    if (!IsReady()) {
         return false;
+    }
     ado::Recordset rows;
     rows.Open(joined({u"select * from bbsforum where boardid='", quoted(boardid), u"' and articleid='",
                       quoted(articleid), u"'"}),
@@ -297,8 +315,9 @@ bool ClsStoreKeeper::Save2DBbbsforum(std::u16string_view url, std::u16string_vie
         rows.AddNew();
     } else {
         const auto stored = ado::toDateTime(rows.value(u"recdate"));
-        if (stored && daysFrom(*stored, recdate) <= kDaysBeforeRefresh)
+        if (stored && daysFrom(*stored, recdate) <= kDaysBeforeRefresh) {
             return false;
+        }
     }
     rows.set(u"url", url);
     rows.set(u"boardid", boardid);
@@ -311,39 +330,45 @@ bool ClsStoreKeeper::Save2DBbbsforum(std::u16string_view url, std::u16string_vie
 }
 
 bool ClsStoreKeeper::ReadFromDBURLsMV(std::u16string_view sql, std::u16string& outList) {
-    if (!IsReady())
+    if (!IsReady()) {
         return false;
+    }
     // The table made here has no "lastvisitdate" (it is "lastcheckdate"). Kept: the default query serves tables that
     // have it, and is an error on our own.
-    if (sql.empty())
+    if (sql.empty()) {
         sql = u"select * from URLsMV order by lastvisitdate DESC";
+    }
     ado::Recordset rows;
     rows.Open(sql, connection_, CursorType::Keyset, LockType::ReadOnly);
     for (int counter = 0; !rows.Eof(); ++counter, rows.MoveNext()) {
         outList += rows.text(u"url");
         outList += kListSeparator;
         // The counter is tested before it counts this row. Kept: 302 addresses come back, not 300.
-        if (outList.size() > kListLengthEnd || counter > 300)
+        if (outList.size() > kListLengthEnd || counter > 300) {
             break;
+        }
     }
     return true;
 }
 
 void ClsStoreKeeper::UpdateRec(std::u16string_view url, std::u16string_view tableName, std::u16string_view fieldName,
                                const ado::Value& value) {
-    if (!IsReady())
+    if (!IsReady()) {
         return;
+    }
     ado::Recordset rows;
     rows.Open(selectByUrl(u"*", tableName, url), connection_, CursorType::Keyset, LockType::Optimistic);
-    if (rows.RecordCount() != 1)
+    if (rows.RecordCount() != 1) {
         return;
+    }
     rows.set(fieldName, value);
     rows.Update();
 }
 
 std::u16string ClsStoreKeeper::getSpecHtml(std::u16string_view url) {
-    if (!IsReady())
+    if (!IsReady()) {
         return {};
+    }
     ado::Recordset rows;
     rows.Open(selectByUrl(u"*", mainTable_, url), connection_, CursorType::Keyset, LockType::ReadOnly);
     return rows.Eof() ? std::u16string() : rows.text(u"content");

@@ -25,9 +25,10 @@ void ClsStoreKeeper::store2Disk(std::u16string_view content, std::u16string_view
                                 platform::UiPump& events) {
     std::u16string path = overflowPath(extension);
     while (platform_.files.fileExists(path)) {
-        if (fileNumber_ == std::numeric_limits<std::int16_t>::max())
+        if (fileNumber_ == std::numeric_limits<std::int16_t>::max()) {
             throw std::overflow_error("The numbers of the overflow files are used up: " + platform::toUtf8(path) +
                                       " is there. Move the files of that folder away.");
+        }
         ++fileNumber_;
         path = overflowPath(extension);
         events.yield();

@@ -1,9 +1,7 @@
 #include "store/page_counter.h"
 
-#include "platform/text.h"
 #include "platform/utf8.h"
 
-#include <algorithm>
 #include <charconv>
 
 namespace kelb::store {
@@ -58,12 +56,8 @@ std::optional<PagePlace> readPlace(platform::FileSystem& files, std::u16string_v
     return place;
 }
 
-std::u16string placeText(PagePlace place) {
-    return platform::number(place.folderNo) + u"," + platform::number(place.fileNo);
-}
-
 void writePlace(platform::FileSystem& files, std::u16string_view base, PagePlace place) {
-    files.replaceFile(counterPath(base), platform::toUtf8(placeText(place)) + "\r\n");
+    files.replaceFile(counterPath(base), std::to_string(place.folderNo) + "," + std::to_string(place.fileNo) + "\r\n");
 }
 
 } // namespace kelb::store

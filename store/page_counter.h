@@ -30,7 +30,4 @@ public:
 [[nodiscard]] std::optional<PagePlace> readPlace(platform::FileSystem& files, std::u16string_view base);
 /// A kill leaves the old place or the new one. Throws platform::FileError.
 void writePlace(platform::FileSystem& files, std::u16string_view base, PagePlace place);
-/// "3,17", as the file holds it.
-[[nodiscard]] std::u16string placeText(PagePlace place);
-
 } // namespace kelb::store

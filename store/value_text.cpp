@@ -10,20 +10,24 @@ namespace kelb::store {
 
 std::optional<std::int32_t> toLong(double number) {
     const double whole = std::nearbyint(number);
-    if (!(whole >= std::numeric_limits<std::int32_t>::min() && whole <= std::numeric_limits<std::int32_t>::max()))
+    if (!(whole >= std::numeric_limits<std::int32_t>::min() && whole <= std::numeric_limits<std::int32_t>::max())) {
         return std::nullopt;
+    }
     return static_cast<std::int32_t>(whole);
 }
 
 std::optional<bool> parseBoolean(std::u16string_view text) {
     const std::u16string_view word = platform::trimBlanks(text);
-    if (platform::equalNoCase(word, u"True"))
+    if (platform::equalNoCase(word, u"True")) {
         return true;
-    if (platform::equalNoCase(word, u"False"))
+    }
+    if (platform::equalNoCase(word, u"False")) {
         return false;
+    }
     const auto number = parseNumber(word);
-    if (!number)
+    if (!number) {
         return std::nullopt;
+    }
     return *number != 0;
 }
 

@@ -1,7 +1,5 @@
 #include "extract/template_model.h"
 
-#include "platform/text.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

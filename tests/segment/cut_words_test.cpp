@@ -1,6 +1,5 @@
 #include "platform/code_page.h"
 #include "platform/memory_file_system.h"
-#include "platform/utf8.h"
 #include "segment/ClsFenCi.h"
 
 #include <gmock/gmock.h>
