@@ -7,20 +7,15 @@
 #include "ado/connection_string.h"
 #include "ado/environment.h"
 #include "ado/recordset.h"
+#include "bench/real_system.h"
 #include "jet/database.h"
 #include "jet/verify.h"
-
-#include "platform/clock.h"
-#include "platform/file_system.h"
-#include "platform/platform.h"
-#include "platform/random.h"
 #include "platform/text.h"
 #include "platform/utf8.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
-#include <exception>
 #include <random>
 #include <stdexcept>
 #include <string>
@@ -29,6 +24,8 @@
 namespace {
 
 using namespace kelb;
+
+constexpr std::size_t kMemoCharacters = 5000;
 
 class Stopwatch {
 public:
@@ -52,26 +49,11 @@ std::u16string urlOf(std::size_t row) {
     return u"http://forum.example/thread-" + platform::number(static_cast<long long>(row)) + u"-1-1.html";
 }
 
-/// 5,000 characters, two thirds Chinese as in real articles.
-std::u16string memoOf(std::size_t row) {
-    constexpr std::size_t kCharacters = 5000;
-    std::u16string text;
-    text.reserve(kCharacters);
-    std::size_t state = row * 2654435761U + 12345;
-    while (text.size() < kCharacters) {
-        state = state * 6364136223846793005U + 1442695040888963407U;
-        const auto pick = static_cast<unsigned>(state >> 40);
-        text += pick % 3 == 0 ? static_cast<char16_t>(u'a' + pick / 3 % 26)
-                              : static_cast<char16_t>(0x4E00 + pick / 3 % 0x4000);
-    }
-    return text;
-}
-
 void write(platform::Platform& platform, std::u16string_view path, std::size_t rows) {
     // Making a text takes longer than storing it: a few serve for all rows.
     std::vector<std::u16string> memos(200);
     for (std::size_t i = 0; i < memos.size(); ++i) {
-        memos[i] = memoOf(i);
+        memos[i] = bench::articleText(i, kMemoCharacters);
     }
     const Stopwatch watch(platform.clock);
     auto database = jet::Database::create(platform, path);
@@ -189,26 +171,24 @@ void lookup(platform::Platform& platform, std::u16string_view path, std::size_t 
 }
 
 int run(int argc, char** argv) {
-    const auto files = platform::makeSystemFileSystem({});
-    platform::SystemClock clock;
-    platform::SystemRandom random;
-    platform::Platform platform{*files, clock, random, platform::executableFolder()};
+    bench::RealSystem system;
+    platform::Platform& platform = system.platform;
     const std::string_view command = argc > 2 ? argv[1] : "";
-    if (command == "write" && argc == 4)
+    if (command == "write" && argc == 4) {
         write(platform, platform::fromUtf8(argv[2]), std::strtoul(argv[3], nullptr, 10));
-    else if (command == "scan")
+    } else if (command == "scan") {
         scan(platform, platform::fromUtf8(argv[2]));
-    else if (command == "verify")
+    } else if (command == "verify") {
         verify(platform, platform::fromUtf8(argv[2]));
-    else if (command == "open")
+    } else if (command == "open") {
         open(platform, platform::fromUtf8(argv[2]));
-    else if (command == "append" && argc == 4)
+    } else if (command == "append" && argc == 4) {
         append(platform, platform::fromUtf8(argv[2]), std::strtoul(argv[3], nullptr, 10));
-    else if (command == "index")
+    } else if (command == "index") {
         index(platform, platform::fromUtf8(argv[2]));
-    else if (command == "lookup" && argc == 4)
+    } else if (command == "lookup" && argc == 4) {
         lookup(platform, platform::fromUtf8(argv[2]), std::strtoul(argv[3], nullptr, 10));
-    else {
+    } else {
         std::fputs("usage: jet_bench write|append|lookup FILE COUNT | scan|verify|open|index FILE\n", stderr);
         return 2;
     }
@@ -218,10 +198,5 @@ int run(int argc, char** argv) {
 } // namespace
 
 int main(int argc, char** argv) {
-    try {
-        return run(argc, argv);
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "jet_bench: %s\n", error.what());
-        return 1;
-    }
+    return kelb::bench::runOrExplain("jet_bench", [&] { return run(argc, argv); });
 }

@@ -4,19 +4,14 @@
 #include "ado/connection.h"
 #include "ado/environment.h"
 #include "ado/recordset.h"
-
-#include "platform/clock.h"
+#include "bench/real_system.h"
 #include "platform/code_page.h"
 #include "platform/date_time.h"
-#include "platform/file_system.h"
-#include "platform/platform.h"
-#include "platform/random.h"
 #include "platform/text.h"
 #include "platform/utf8.h"
 
 #include <cstdio>
 #include <cstdlib>
-#include <exception>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -68,18 +63,17 @@ void makeCrawl(platform::FileSystem& files, std::u16string_view folder, ado::Con
 }
 
 int run(std::u16string_view folder, std::size_t count, bool withPages) {
-    const auto files = platform::makeSystemFileSystem({});
-    platform::SystemClock clock;
-    platform::SystemRandom random;
-    platform::Platform platform{*files, clock, random, platform::executableFolder()};
-    files->makeFolders(folder);
+    bench::RealSystem system;
+    platform::FileSystem& files = *system.files;
+    platform::Platform& platform = system.platform;
+    files.makeFolders(folder);
     const std::u16string database = platform::joinPath(folder, u"Comb.mdb");
     jet::Database::create(platform, database)->commit();
     ado::Environment environment(platform, {});
     ado::Connection connection(environment);
     connection.Open(ado::jetConnectionString(database));
     if (withPages) {
-        makeCrawl(*files, folder, connection, count);
+        makeCrawl(files, folder, connection, count);
     }
     const double begun = platform::toSerial({2015, 12, 2, 8, 30, 0});
     fill(connection,
@@ -110,11 +104,8 @@ int main(int argc, char** argv) {
         std::fputs("usage: make_duplicates FOLDER ROWS [tables]\n", stderr);
         return 2;
     }
-    try {
-        const bool withPages = argc == 3;
+    const bool withPages = argc == 3;
+    return kelb::bench::runOrExplain("make_duplicates", [&] {
         return run(platform::fromUtf8(argv[1]), std::strtoul(argv[2], nullptr, 10), withPages);
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "make_duplicates: %s\n", error.what());
-        return 1;
-    }
+    });
 }

@@ -3,18 +3,13 @@
 #include "ado/connection.h"
 #include "ado/environment.h"
 #include "ado/recordset.h"
-
-#include "platform/clock.h"
+#include "bench/real_system.h"
 #include "platform/code_page.h"
-#include "platform/file_system.h"
-#include "platform/platform.h"
-#include "platform/random.h"
 #include "platform/text.h"
 #include "platform/utf8.h"
 
 #include <cstdio>
 #include <cstdlib>
-#include <exception>
 #include <string>
 
 namespace {
@@ -31,8 +26,9 @@ std::u16string post(std::size_t thread, std::size_t floor) {
     while (text.size() < kPostCharacters) {
         state = state * 6364136223846793005U + 1442695040888963407U;
         const auto pick = static_cast<unsigned>(state >> 40);
-        if (pick % 40 == 0)
+        if (pick % 40 == 0) {
             text += u"<br />\r\n";
+        }
         text += static_cast<char16_t>(0x4E00 + pick % 0x4000);
     }
     return text;
@@ -51,11 +47,10 @@ std::u16string page(std::size_t thread) {
 }
 
 int run(std::u16string_view folder, std::size_t threads) {
-    const auto files = platform::makeSystemFileSystem({});
-    platform::SystemClock clock;
-    platform::SystemRandom random;
-    platform::Platform platform{*files, clock, random, platform::executableFolder()};
-    files->makeFolders(folder);
+    bench::RealSystem system;
+    platform::FileSystem& files = *system.files;
+    platform::Platform& platform = system.platform;
+    files.makeFolders(folder);
     const std::u16string database = platform::joinPath(folder, u"Comb.mdb");
     jet::Database::create(platform, database)->commit();
 
@@ -70,9 +65,10 @@ int run(std::u16string_view folder, std::size_t threads) {
         const std::u16string bucket = platform::number(static_cast<long long>(thread / kFilesPerFolder));
         const std::u16string name = u"t" + platform::number(static_cast<long long>(thread)) + u".html";
         const std::u16string target = platform::joinPath(platform::joinPath(folder, u"pages"), bucket);
-        if (thread % kFilesPerFolder == 0)
-            files->makeFolders(target);
-        files->writeFile(platform::joinPath(target, name), platform::encode936(page(thread)));
+        if (thread % kFilesPerFolder == 0) {
+            files.makeFolders(target);
+        }
+        files.writeFile(platform::joinPath(target, name), platform::encode936(page(thread)));
         rows.AddNew();
         rows.set(u"url", u"http://forum.example/thread-" + platform::number(static_cast<long long>(100000 + thread)) +
                              u"-1-1.html");
@@ -92,10 +88,6 @@ int main(int argc, char** argv) {
         std::fputs("usage: make_forum_crawl FOLDER THREADS\n", stderr);
         return 2;
     }
-    try {
-        return run(platform::fromUtf8(argv[1]), std::strtoul(argv[2], nullptr, 10));
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "make_forum_crawl: %s\n", error.what());
-        return 1;
-    }
+    return kelb::bench::runOrExplain(
+        "make_forum_crawl", [&] { return run(platform::fromUtf8(argv[1]), std::strtoul(argv[2], nullptr, 10)); });
 }

@@ -5,17 +5,12 @@
 #include "ado/connection.h"
 #include "ado/environment.h"
 #include "ado/recordset.h"
-
-#include "platform/clock.h"
-#include "platform/file_system.h"
-#include "platform/platform.h"
-#include "platform/random.h"
+#include "bench/real_system.h"
 #include "platform/text.h"
 #include "platform/utf8.h"
 
 #include <cstdio>
 #include <cstdlib>
-#include <exception>
 #include <string>
 #include <string_view>
 
@@ -28,23 +23,10 @@ struct Article {
     int channel = 0;
 };
 
-std::u16string textOf(std::size_t seed, std::size_t characters) {
-    std::u16string text;
-    text.reserve(characters);
-    std::size_t state = seed * 2654435761U + 12345;
-    while (text.size() < characters) {
-        state = state * 6364136223846793005U + 1442695040888963407U;
-        const auto pick = static_cast<unsigned>(state >> 40);
-        text += pick % 3 == 0 ? static_cast<char16_t>(u'a' + pick / 3 % 26)
-                              : static_cast<char16_t>(0x4E00 + pick / 3 % 0x4000);
-    }
-    return text;
-}
-
 Article articleOf(std::size_t row) {
     constexpr std::size_t kTitle = 25, kBody = 2'000; // characters
     return {u"http://site.example/article/" + platform::number(static_cast<long long>(row)) + u".htm",
-            textOf(row, kTitle), textOf(row + 1, kBody), static_cast<int>(21 + row % 10)};
+            bench::articleText(row, kTitle), bench::articleText(row + 1, kBody), static_cast<int>(21 + row % 10)};
 }
 
 void printRows(std::size_t count) {
@@ -86,16 +68,13 @@ void addRows(platform::Platform& platform, std::size_t count, Together together)
 }
 
 int run(int argc, char** argv) {
-    const auto files = platform::makeSystemFileSystem({});
-    platform::SystemClock clock;
-    platform::SystemRandom random;
-    platform::Platform platform{*files, clock, random, platform::executableFolder()};
+    bench::RealSystem system;
     const std::string_view command = argc == 3 ? argv[1] : "";
     const std::size_t count = argc == 3 ? std::strtoul(argv[2], nullptr, 10) : 0;
     if (command == "rows") {
         printRows(count);
     } else if (command == "add" || command == "add-together") {
-        addRows(platform, count, command == "add" ? Together::No : Together::Yes);
+        addRows(system.platform, count, command == "add" ? Together::No : Together::Yes);
     } else {
         std::fputs("usage: odbc_bench rows COUNT | add COUNT | add-together COUNT\n", stderr);
         return 2;
@@ -106,10 +85,5 @@ int run(int argc, char** argv) {
 } // namespace
 
 int main(int argc, char** argv) {
-    try {
-        return run(argc, argv);
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "odbc_bench: %s\n", error.what());
-        return 1;
-    }
+    return kelb::bench::runOrExplain("odbc_bench", [&] { return run(argc, argv); });
 }

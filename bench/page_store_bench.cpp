@@ -1,8 +1,7 @@
 // page_store_bench make FOLDER COUNT: product pages of about 3 KB in sub-folders of 1,000 files, each of another model.
 // page_store_bench walk FOLDER: hands them all out from the first on, keeping the place once a second as the job does.
-#include "platform/clock.h"
+#include "bench/real_system.h"
 #include "platform/code_page.h"
-#include "platform/file_system.h"
 #include "platform/text.h"
 #include "platform/ui_pump.h"
 #include "platform/utf8.h"
@@ -10,7 +9,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <exception>
 #include <string>
 
 namespace {
@@ -66,9 +64,9 @@ void walk(platform::FileSystem& files, std::u16string folder) {
 } // namespace
 
 int main(int count, char** arguments) {
-    try {
+    const std::string what = count > 2 ? arguments[1] : "";
+    return kelb::bench::runOrExplain("page_store_bench", [&] {
         const auto files = platform::makeSystemFileSystem({});
-        const std::string what = count > 2 ? arguments[1] : "";
         if (what == "make" && count == 4) {
             make(*files, platform::fromUtf8(arguments[2]), std::strtoull(arguments[3], nullptr, 10));
         } else if (what == "walk" && count == 3) {
@@ -77,8 +75,6 @@ int main(int count, char** arguments) {
             std::fputs("usage: page_store_bench make FOLDER COUNT | walk FOLDER\n", stderr);
             return 2;
         }
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "page_store_bench: %s\n", error.what());
-        return 1;
-    }
+        return 0;
+    });
 }
