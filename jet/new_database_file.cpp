@@ -11,7 +11,7 @@
 namespace kelb::jet {
 namespace {
 
-constexpr std::string_view kMaking = "making a new database";
+constexpr std::string_view kOperation = "make the new database";
 
 void removeIfThere(platform::FileSystem& files, std::u16string_view path) {
     if (files.fileExists(path))
@@ -34,7 +34,7 @@ NewDatabaseFile::NewDatabaseFile(platform::Platform& platform, std::u16string_vi
     : platform_(platform), path_(path), part_(path_ + u".part") {
     platform::FileSystem& files = platform_.files;
     if (files.fileExists(path_) || files.folderExists(path_))
-        throw platform::alreadyThere(kMaking, path_);
+        throw platform::alreadyThere(kOperation, path_);
     if (files.fileExists(part_)) {
         static_cast<void>(files.open(part_, platform::OpenMode::ReadWrite)); // refused while another program fills it
         files.removeFile(part_);
@@ -58,7 +58,7 @@ void NewDatabaseFile::finish() {
     database_.reset();
     requireSound(platform_, part_, path_);
     if (files.fileExists(path_))
-        throw platform::alreadyThere(kMaking, path_);
+        throw platform::alreadyThere(kOperation, path_);
     files.renameFile(part_, path_);
     files.syncFolder(platform::parentFolder(path_));
 }
