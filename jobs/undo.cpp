@@ -45,7 +45,7 @@ public:
             }
         }
         summary_.counts = {{"restoredFiles", restoredFiles_}};
-        if (undone == runs.size()) {
+        if (undone == runs.size() && stays_ == 0) {
             summary_.note = "nothing in the trash is left to be put back";
         }
         if (stays_ != 0) {
@@ -75,7 +75,7 @@ private:
                           u", so nothing tells where its rows and files belong");
             }
         }
-        if (runs.empty() && !options_.run.empty()) {
+        if (runs.empty() && stays_ == 0 && !options_.run.empty()) {
             throw JobError("there is no run " + platform::toUtf8(options_.run) + " in " + platform::toUtf8(trash_));
         }
         // Of two runs of one second the one whose name is longer (by -2) or comes later is the newer.

@@ -18,7 +18,8 @@ inline constexpr const char* kUndoJob = "undo";
 /// Puts back what jobs moved to the trash, the newest run first: files to their old places, rows into their tables with
 /// the autonumbers that they had. Nothing is overwritten; what cannot be put back is told and stays in the trash. Runs
 /// that are undone are passed over, so that it may be repeated, also after a kill. Ends with the runs or at a stop.
-/// Throws SettingError without a trash folder, and JobError when something could not be put back.
+/// Throws SettingError without a trash folder, platform::FileError when it or a run's record cannot be read or written,
+/// and JobError when there is no such run or something could not be put back; what was put back until then stays.
 void undoTrash(const UndoOptions& options, Context& context, JobHost& host, JobSummary& summary);
 
 } // namespace kelb::jobs

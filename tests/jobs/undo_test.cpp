@@ -1,6 +1,5 @@
 #include "jobs/undo.h"
 
-#include "jet/verify.h"
 #include "jobs/dedupe_dest.h"
 #include "jobs/dedupe_source.h"
 #include "jobs/job_error.h"
@@ -284,6 +283,23 @@ TEST_F(UndoTest, ARunThatGoesOnOrIsDamagedIsLeftAlone) {
     for (const char* part : {"going-on: ", "older: has no undo.jsonl", "undo.jsonl, line 1: the line cannot be read",
                              "\"kept\" leads out of the folder", "row 1 is missing in deleted-rows.jsonl"}) {
         EXPECT_THAT(told, HasSubstr(part));
+    }
+}
+
+TEST_F(UndoTest, ARunThatCannotBeReadIsNotToldAsMissingOrDone) {
+    files.writeFile(u"X:\\trash\\garbled\\undo.jsonl", "?\n{\"end\": \"\"}\n");
+    JobSummary summary(kUndoJob);
+    for (const UndoOptions& options : {UndoOptions{}, UndoOptions{.trash = u"", .run = u"garbled"}}) {
+        host.entries.clear();
+        try {
+            undoTrash(options, machine(), host, summary);
+            FAIL() << "the run stays in the trash";
+        } catch (const JobError& error) {
+            EXPECT_THAT(error.what(), HasSubstr("could not be put back and stay in the trash"));
+        }
+        ASSERT_EQ(host.entries.size(), 1U);
+        EXPECT_THAT(platform::toUtf8(host.entries.front()), HasSubstr("garbled: "));
+        EXPECT_EQ(summary.note, "");
     }
 }
 
