@@ -8,6 +8,7 @@
 #include "jobs/row_reasons.h"
 #include "jobs/table_check.h"
 #include "platform/clock.h"
+#include "platform/file_failures.h"
 #include "platform/file_system.h"
 #include "platform/path_map.h"
 #include "platform/text.h"
@@ -51,6 +52,9 @@ public:
         if (options.mode == LoopMode::Folder) {
             folder_ =
                 options.folder.empty() ? context.configuration().required(Setting::ParamsShareFolder) : options.folder;
+            if (!context.platform().files.folderExists(folder_)) {
+                throw platform::notFound("walk over the folder", folder_);
+            }
         } else {
             context.configuration().required(Setting::ParamsPortalPath);
         }
@@ -178,6 +182,16 @@ private:
         return product;
     }
 
+    /// Database errors of a page name it.
+    template <class Work>
+    auto naming(const ProductPages& pages, const Work& work) {
+        try {
+            return work();
+        } catch (const ado::Error& error) {
+            throw JobError(std::string(error.what()) + " (Page: " + platform::toUtf8(pages.name()) + ")");
+        }
+    }
+
     /// The name is a pattern as it stands, and its apostrophes are not doubled, so that one ends the job. Kept.
     bool isStored(std::u16string_view name, const ProductPages& pages) {
         return naming(pages, [&] {
@@ -199,19 +213,8 @@ private:
                 knowledge_.set(kParameterFields[i], product.values[i]);
             }
             knowledge_.Update();
-            return true;
         });
         summary_.save(pages.row());
-    }
-
-    /// Database errors of a page name it.
-    template <class Work>
-    bool naming(const ProductPages& pages, const Work& work) {
-        try {
-            return work();
-        } catch (const ado::Error& error) {
-            throw JobError(std::string(error.what()) + " (Page: " + platform::toUtf8(pages.name()) + ")");
-        }
     }
 
     std::u16string now() const { return platform::show(context_.platform().clock.now()); }

@@ -9,14 +9,18 @@
 
 #include <algorithm>
 #include <charconv>
-#include <optional>
 #include <string>
+#include <vector>
 
 namespace kelb::jobs {
 namespace {
 
-std::u16string shown(std::size_t number) {
-    return platform::number(static_cast<long long>(number));
+std::u16string shown(std::size_t count) {
+    return platform::number(static_cast<long long>(count));
+}
+
+std::u16string shown(std::int16_t number) {
+    return platform::number(number);
 }
 
 /// A page that cannot be read is an empty one, and the user is told.
@@ -87,17 +91,17 @@ public:
     }
 
 private:
-    static std::u16string shown(std::int16_t number) { return platform::number(number); }
-    static std::u16string shown(std::size_t count) { return jobs::shown(count); }
-
     /// How often the store will answer: a sub-folder of less than 1,000 files has one answer more, which ends it.
     std::size_t callsFrom(store::PagePlace place) {
         constexpr std::size_t kCallsOfAFolder = 1000;
         std::size_t calls = 0;
         for (std::size_t before = static_cast<std::size_t>(place.fileNo),
                          number = static_cast<std::size_t>(place.folderNo);
-             files_.folderExists(folder_ + jobs::shown(number)); ++number, before = 0) {
-            const std::size_t files = files_.listFiles(folder_ + jobs::shown(number)).size();
+             files_.folderExists(folder_ + shown(number)); ++number, before = 0) {
+            host_.yield(); // a share takes its time
+            const std::vector<std::u16string> names = files_.listFiles(folder_ + shown(number));
+            const auto files =
+                static_cast<std::size_t>(std::count_if(names.begin(), names.end(), store::ClsIO::isUsableName));
             calls += std::min(files + 1, before < kCallsOfAFolder ? kCallsOfAFolder - before : 1);
         }
         return calls;

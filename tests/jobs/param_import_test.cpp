@@ -1,6 +1,5 @@
 #include "jobs/param_import.h"
 
-#include "jobs/job_error.h"
 #include "store/page_counter.h"
 #include "tests/jobs/product_fixture.h"
 
@@ -80,17 +79,16 @@ TEST_F(ParamImport, ANameIsStoredOnceAndOnlyWhenSavingIsOn) {
     save(u"0\\6.htm", product(u"HAIER(LU42)", {}));
     execute(kDest, {u"insert into wxKnowledge (TVName) values ('haier')"});
     std::size_t asked = 0;
-    import([&](ParamImportOptions& options) { options.saves = [&asked] { return ++asked != 1 && asked != 4;
-};
-} // namespace
-);
+    const auto saves = [&asked] { return ++asked != 1 && asked != 4; };
+    import([&saves](ParamImportOptions& options) { options.saves = saves;
+});
 EXPECT_THAT(host.outcomes,
             ElementsAre(outcome(kNotWanted, u"海信", u"TLM42"), outcome(kSaved, u"海信", u"TLM42"),
                         outcome(kThere, u"海信", u"TLM42"), outcome(kThere, u"海信", u"TLM42"),
                         outcome(kThere, u"_%", u""), outcome(kThere, u"HAIER", u""), u"无法识别! 2015-12-2 8:30:00"))
     << "the box is read for each page; when both apply, the name's message wins; a name is a pattern";
 EXPECT_THAT(stored(), ElementsAre("haier", "海信"));
-} // namespace kelb::jobs
+} // namespace
 
 TEST_F(ParamImport, ATableNeeds201Characters) {
     const std::u16string start = u"<title>甲(A1)</title><table><th>主体参数</th>";
@@ -149,6 +147,27 @@ TEST_F(ParamImport, TellsWhatItHasNotReached) {
     const JobSummary summary = import();
     EXPECT_EQ(summary.rows, 1000U);
     EXPECT_EQ(summary.counts, (std::vector<std::pair<std::string, std::size_t>>{{"unreadFiles", 5}}));
+}
+
+TEST_F(ParamImport, ItsProgressCountsTheFilesThatAreHandedOut) {
+    class Progress final : public RecordingHost {
+    public:
+        std::vector<std::pair<std::size_t, std::size_t>> done;
+        void showOutcome(std::u16string_view, std::size_t number, std::size_t total) override {
+            done.emplace_back(number, total);
+        }
+    } progress;
+    save(u"0\\1.htm", u"x");
+    save(u"0\\a|b.htm", u"x");
+    save(u"1\\2.htm", u"x");
+    JobSummary summary(kParamImportJob);
+    ParamImportOptions options;
+    options.folder = kFolder;
+    options.sink.connection = kDest;
+    importParameters(options, context(), progress, summary);
+    using Done = std::pair<std::size_t, std::size_t>;
+    EXPECT_THAT(progress.done, ElementsAre(Done(1, 4), Done(2, 4), Done(3, 4), Done(4, 4)))
+        << "a file and the end of its sub-folder, twice";
 }
 
 TEST_F(ParamImport, GoesByTheRowsOfACrawlTable) {
@@ -222,9 +241,12 @@ TEST_F(ParamImport, EndsWithOneClearError) {
         return std::string("none");
     };
     const auto same = [](ParamImportOptions&) {};
+    files.makeFolders(kFolder);
     EXPECT_THAT(error([](ParamImportOptions& o) { o.folder.clear(); }), HasSubstr("[Params] shareFolder"));
     EXPECT_THAT(error(byRows), HasSubstr("[Params] portalPath"));
     EXPECT_THAT(error([](ParamImportOptions& o) { o.sink.connection.clear(); }), HasSubstr("[SqlServer] server"));
+    EXPECT_THAT(error([](ParamImportOptions& o) { o.folder = u"X:\\nowhere"; }),
+                HasSubstr("cannot walk over the folder \"X:\\nowhere\""));
     EXPECT_THAT(error([](ParamImportOptions& o) { o.sink.connection = kSource; }), HasSubstr("wxKnowledge"));
 
     save(u"0\\1.htm", product(u"L'Air(A1)", {}));
@@ -292,5 +314,5 @@ TEST_F(ParamImport, AKillLosesNoPage) {
     EXPECT_GT(cuts, 10U);
 }
 
-} // namespace
+} // namespace kelb::jobs
 } // namespace kelb::jobs
