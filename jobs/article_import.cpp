@@ -4,9 +4,9 @@
 #include "extract/Cls4Article.h"
 #include "jobs/article_sites.h"
 #include "jobs/database_paths.h"
-#include "jobs/forum_pages.h"
 #include "jobs/job_error.h"
 #include "jobs/overflow_files.h"
+#include "jobs/rejected_page.h"
 #include "jobs/row_loop.h"
 #include "jobs/row_reasons.h"
 #include "jobs/stored_page.h"
@@ -73,8 +73,6 @@ private:
     void importPage() {
         pages_.text(urlField_, url_);
         if (const ArticleSite* site = sites_.of(platform::lowerCase(url_)); site != nullptr && !extract(*site)) {
-            summary_.fail(failure_, url_, reason_);
-            host_.log(failureLine(summary_.failed, url_, reason_));
             return;
         }
         // A page of no site comes here with what the page before it left. Kept.
@@ -85,7 +83,7 @@ private:
         save();
     }
 
-    /// Cuts title and body; what is not found is "". Both are tried.
+    /// Cuts title and body; what is not found is "". Both are tried; false, and the page rejected, without one of them.
     bool extract(const ArticleSite& site) {
         pages_.text(contentField_, content_);
         const std::u16string page = storedPage(content_, files_);
@@ -95,20 +93,19 @@ private:
         }
         context_.markers() = {std::u16string(site.titleStart), std::u16string(site.titleEnd),
                               std::u16string(site.contentStart), std::u16string(site.contentEnd)};
-        reason_.clear();
-        const bool hasTitle = site.title == ArticleSite::TitleOperation::MarkerList
-                                  ? extract::Cls4Article::extTitleV1(
-                                        html, context_.configuration().texts(Setting::ArticlesRow5TitleStarts),
-                                        context_.configuration().texts(Setting::ArticlesRow5TitleEnds), title_, reason_)
-                                  : extractor_.extTitle(html, site.titleStart, site.titleEnd, title_, reason_);
-        std::u16string bodyReason;
+        std::u16string titleReason, bodyReason;
+        const bool hasTitle =
+            site.title == ArticleSite::TitleOperation::MarkerList
+                ? extract::Cls4Article::extTitleV1(
+                      html, context_.configuration().texts(Setting::ArticlesRow5TitleStarts),
+                      context_.configuration().texts(Setting::ArticlesRow5TitleEnds), title_, titleReason)
+                : extractor_.extTitle(html, site.titleStart, site.titleEnd, title_, titleReason);
         const bool hasBody = extractor_.extContent(html, site.contentStart, site.contentEnd, body_, bodyReason);
-        if (!hasTitle && !hasBody) {
-            reason_ += u"|";
+        if (hasTitle && hasBody) {
+            return true;
         }
-        reason_ += bodyReason;
-        failure_ = hasTitle ? kNoBody : hasBody ? kNoTitle : kNoTitleNorBody;
-        return hasTitle && hasBody;
+        rejectArticle(url_, {hasTitle, titleReason}, {hasBody, bodyReason}, summary_, host_);
+        return false;
     }
 
     /// In place, so that a text which is carried over is doubled again with every row. Kept.
@@ -155,8 +152,7 @@ private:
     extract::Cls4Article extractor_;
     std::size_t urlField_ = 0, contentField_ = 0;
     bool hasChannel_ = false;
-    std::string_view failure_; // of the last extraction that failed
-    std::u16string url_, content_, reason_, title_, body_;
+    std::u16string url_, content_, title_, body_;
 };
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "ado/connection_string.h"
 #include "jobs/database_paths.h"
 #include "jobs/forum_pages.h"
+#include "jobs/rejected_page.h"
 #include "jobs/row_loop.h"
 #include "jobs/row_reasons.h"
 #include "jobs/table_check.h"
@@ -81,15 +82,12 @@ private:
 
     void fail(const std::u16string& path, const PageLocation& location, std::u16string_view title) {
         if (!pages_.isNotice(page_)) {
-            summary_.fail(pages_.failure(page_, title, reason_), url_, reason_);
-            host_.log(failureLine(summary_.failed, url_, page_));
+            rejectPage(
+                {.reason = pages_.failure(page_, title, reason_), .url = url_, .detail = reason_, .shown = page_},
+                summary_, host_);
             return;
         }
-        disposal_->deleteRow(threads_, {sourcePath_, kForumTable});
-        ++summary_.deletedRows;
-        source_.flush(); // a kill must not leave the row without its file
-        disposal_->deleteFile(path, location.lanFolder);
-        ++summary_.deletedFiles;
+        deleteNotice({threads_, source_, sourcePath_, path, location.lanFolder}, *disposal_, summary_);
         summary_.skip(kNoticePage, url_);
     }
 

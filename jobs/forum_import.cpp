@@ -4,6 +4,7 @@
 #include "jobs/database_paths.h"
 #include "jobs/forum_pages.h"
 #include "jobs/overflow_files.h"
+#include "jobs/rejected_page.h"
 #include "jobs/row_loop.h"
 #include "jobs/row_reasons.h"
 #include "jobs/table_check.h"
@@ -136,10 +137,9 @@ private:
     }
 
     void save() {
-        const std::u16string summaryText; // this job has none to give
-        if (body_.size() >= kArticleEnd || summaryText.size() >= kArticleEnd) {
+        if (body_.size() >= kArticleEnd) {
             OverflowFiles(context_.storeKeeper(), context_.platform(), summary_)
-                .write(summaryText + body_, u"", {url_, title_}, host_);
+                .write(body_, u"", {url_, title_}, host_);
             summary_.skip(kOverLong, url_);
             return;
         }
@@ -148,21 +148,17 @@ private:
         articles_.set(u"cid", threads_.value(u"cid"));
         articles_.set(u"sT", platform::left(title_, kTitleCut));
         articles_.set(u"sC", body_);
-        articles_.set(u"sA", summaryText);
+        articles_.set(u"sA", u""); // the summary of an article, which this job has not
         articles_.set(u"recTime", ado::fromDateTime(context_.platform().clock.now()));
         articles_.Update();
         summary_.save(url_);
     }
 
     void fail(const std::u16string& path, const PageLocation& location) {
-        summary_.fail(pages_.failure(page_, title_, reason_), url_, reason_);
-        host_.log(failureLine(summary_.failed, url_, reason_));
+        rejectPage({.reason = pages_.failure(page_, title_, reason_), .url = url_, .detail = reason_, .shown = reason_},
+                   summary_, host_);
         if (pages_.isNotice(page_)) {
-            disposal_->deleteRow(threads_, {sourcePath_, kForumTable});
-            ++summary_.deletedRows;
-            source_.flush(); // a kill must not leave the row without its file
-            disposal_->deleteFile(path, location.lanFolder);
-            ++summary_.deletedFiles;
+            deleteNotice({threads_, source_, sourcePath_, path, location.lanFolder}, *disposal_, summary_);
         }
     }
 

@@ -46,12 +46,12 @@ std::string_view ForumPages::failure(std::u16string_view page, std::u16string_vi
     return has(extract::kNotAThread) ? kTooFewFloors : kFirstPostRejected;
 }
 
-std::u16string failureLine(std::size_t failure, std::u16string_view url, std::u16string_view explanation) {
-    std::u16string line = u"提取失败! 第" + platform::number(static_cast<long long>(failure)) + u"次,";
-    line += url;
-    line += u",";
-    line += platform::left(explanation, 100);
-    return line;
+void deleteNotice(const NoticePage& page, Disposal& disposal, JobSummary& summary) {
+    disposal.deleteRow(page.rows, {page.database, kForumTable});
+    ++summary.deletedRows;
+    page.connection.flush();
+    disposal.deleteFile(page.file, page.lanFolder);
+    ++summary.deletedFiles;
 }
 
 } // namespace kelb::jobs

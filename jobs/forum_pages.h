@@ -3,6 +3,7 @@
 #include "extract/Cls4Discuz.h"
 #include "extract/user_names.h"
 #include "jobs/context.h"
+#include "jobs/job_summary.h"
 
 #include <optional>
 #include <string>
@@ -10,7 +11,8 @@
 
 namespace kelb::jobs {
 
-/// What the two forum jobs do with a page: cut out title and body, know the board's notice page, tell a failure.
+/// What the two forum jobs do with a page: cut out title and body, know the board's notice page, tell why there is no
+/// article.
 class ForumPages {
 public:
     explicit ForumPages(Context& context) : context_(context) {}
@@ -30,8 +32,18 @@ private:
     std::optional<extract::Cls4Discuz> extractor_;
 };
 
-/// "提取失败! 第" + n + "次," + url + "," + the first 100 characters of the explanation.
-[[nodiscard]] std::u16string failureLine(std::size_t failure, std::u16string_view url, std::u16string_view explanation);
+/// Where the board's notice page lies that is to go.
+struct NoticePage {
+    ado::Recordset& rows;         ///< at its row
+    ado::Connection& connection;  ///< of the rows
+    std::u16string_view database; ///< path of the crawl database
+    std::u16string_view file;
+    std::u16string_view lanFolder;
+};
+
+/// Deletes the row and, when that is on the disk, the page file: a kill must not leave the row without its file.
+/// Throws ado::Error, platform::FileError; the summary counts what went.
+void deleteNotice(const NoticePage& page, Disposal& disposal, JobSummary& summary);
 
 inline constexpr std::u16string_view kForumTable = u"bbsforum";
 

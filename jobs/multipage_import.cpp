@@ -3,15 +3,14 @@
 #include "ado/connection_string.h"
 #include "extract/Cls4Article.h"
 #include "jobs/database_paths.h"
-#include "jobs/forum_pages.h"
 #include "jobs/overflow_files.h"
+#include "jobs/rejected_page.h"
 #include "jobs/row_loop.h"
 #include "jobs/row_reasons.h"
 #include "jobs/stored_page.h"
 #include "jobs/table_check.h"
 #include "platform/clock.h"
 #include "platform/text.h"
-#include "platform/utf8.h"
 
 #include <array>
 
@@ -123,10 +122,9 @@ private:
         firstPages_.set(u"sC", u"");
         firstPages_.Update();
 
-        std::u16string reason;
+        std::u16string titleReason, bodyReason;
         const std::u16string page = storedPage(firstPages_.text(u"content"), files_);
-        const std::u16string title = Cls4Article::extTitle4SiteA(page, reason);
-        std::u16string bodyReason;
+        const std::u16string title = Cls4Article::extTitle4SiteA(page, titleReason);
         std::u16string body = Cls4Article::extContent4SiteA(page, bodyReason);
         std::u16string observed = u"+++++++++++\r\n" + url + u"\r\n" + body;
         appendLaterPages(url, body, observed);
@@ -134,10 +132,7 @@ private:
         overflow.write(observed + u"\r\n+++++++++++++", u"多页合并观察", {url, title}, host_);
 
         if (title.empty() || body.empty()) {
-            reason += reason.empty() || bodyReason.empty() ? u"" : u"|";
-            reason += bodyReason;
-            summary_.fail(!title.empty() ? kNoBody : body.empty() ? kNoTitleNorBody : kNoTitle, url, reason);
-            host_.log(failureLine(summary_.failed, url, reason));
+            rejectArticle(url, {!title.empty(), titleReason}, {!body.empty(), bodyReason}, summary_, host_);
             return;
         }
         ++merged_;

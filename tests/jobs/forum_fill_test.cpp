@@ -1,6 +1,5 @@
 #include "jobs/forum_fill.h"
 
-#include "jobs/job_error.h"
 #include "tests/jobs/job_fixture.h"
 
 #include <gmock/gmock.h>
