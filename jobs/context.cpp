@@ -26,10 +26,7 @@ std::unique_ptr<Disposal> Context::disposal(std::string_view job) {
 }
 
 TemplateWorkflow& Context::templateWorkflow() {
-    if (!templateWorkflow_) {
-        templateWorkflow_.emplace(databases_);
-    }
-    return *templateWorkflow_;
+    return templateWorkflow_ ? *templateWorkflow_ : templateWorkflow_.emplace(databases_);
 }
 
 } // namespace kelb::jobs

@@ -1,8 +1,9 @@
 #include "jobs/dedupe_dest.h"
 
 #include "ado/connection_string.h"
+#include "jobs/context.h"
 #include "jobs/database_paths.h"
-#include "jobs/forum_pages.h"
+#include "jobs/disposal.h"
 #include "jobs/page_keys.h"
 #include "jobs/row_loop.h"
 #include "jobs/row_reasons.h"

@@ -38,8 +38,7 @@ constexpr std::array<std::string_view, 4> kSiteCounts = {"forumRows", "articleRo
 
 /// The row that holds a key.
 struct Registered {
-    std::u16string path; ///< of its page file
-    std::u16string id;
+    std::u16string path;                 ///< of its page file
     std::optional<std::u16string> title; ///< read when the first copy turns up
 };
 
@@ -163,7 +162,7 @@ private:
         } else if (keys_.isRouter(url_)) {
             remove(u"网络无法访问时，跳转到路由器页面。", kRouterPage);
         } else {
-            registered_.emplace(*key, Registered{path_, id_, std::nullopt});
+            registered_.emplace(*key, Registered{path_, std::nullopt});
             summary_.skip(kKept, url_);
         }
     }
@@ -185,7 +184,7 @@ private:
             if (disk_.fileExists(old.path)) {
                 removeFile(old.path);
             }
-            old = {path_, id_, std::move(title)};
+            old = {path_, std::move(title)};
             host_.log(entry);
             summary_.skip(kKept, url_);
         } else {

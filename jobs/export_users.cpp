@@ -54,7 +54,7 @@ void exportUsers(const ExportUsersOptions& options, Context& context, JobHost& h
     users.Close();
     database.Close();
     if (count > kMostRows) {
-        summary.note = "only the first 300 rows were read";
+        summary.note = "only the first " + std::to_string(kMostRows) + " rows were read";
     }
     OverflowFiles(context.storeKeeper(), context.platform(), summary)
         .write(list, u"Command3_Click 提取DVUserName", {u"", u""}, host);

@@ -27,11 +27,7 @@ public:
         text_ += json;
     }
     void add(std::string_view key, std::size_t number) { add(key, std::to_string(number)); }
-    void addText(std::string_view key, std::string_view text) {
-        std::string json;
-        appendJsonText(platform::fromUtf8(text), json);
-        add(key, json);
-    }
+    void addText(std::string_view key, std::string_view text) { add(key, jsonText(platform::fromUtf8(text))); }
     bool empty() const noexcept { return text_.empty(); }
     std::string done() const { return text_.empty() ? "{}" : text_ + "}"; }
 

@@ -4,7 +4,6 @@
 #include "platform/clock.h"
 #include "platform/file_system.h"
 #include "platform/path_map.h"
-#include "platform/utf8.h"
 
 namespace kelb::jobs {
 

@@ -122,6 +122,12 @@ void appendJsonText(std::u16string_view text, std::string& out) {
     out += '"';
 }
 
+std::string jsonText(std::u16string_view text) {
+    std::string json;
+    appendJsonText(text, json);
+    return json;
+}
+
 void appendJson(const ado::Value& value, std::string& out) {
     if (const auto* text = std::get_if<std::u16string>(&value)) {
         appendJsonText(*text, out);

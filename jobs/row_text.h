@@ -12,6 +12,8 @@ namespace kelb::jobs {
 
 /// A JSON string with its quotes. Half a surrogate pair is kept as an escape, since UTF-8 cannot say it.
 void appendJsonText(std::u16string_view text, std::string& out);
+/// The same as a text of its own.
+[[nodiscard]] std::string jsonText(std::u16string_view text);
 void appendJson(const ado::Value& value, std::string& out);
 /// The current row as one JSON object, members in field order, without a line end.
 void appendJsonRow(const ado::Recordset& rows, std::string& out);
