@@ -4,8 +4,8 @@ kelb_library(kelb_call
     SOURCES
         call_arguments.cpp
         call_article_operations.cpp
-        call_command.cpp
         call_extract_operations.cpp
+        call_loop.cpp
         call_objects.cpp
         call_operations.cpp
         call_rewrite_operations.cpp

@@ -15,12 +15,6 @@ CallAnswer textAndReason(CallObjects&, const CallArguments& given) {
     return answer(text, reason);
 }
 
-/// From text to text.
-template <std::u16string (*Operation)(std::u16string_view)>
-CallAnswer changedText(CallObjects&, const CallArguments& given) {
-    return answer(Operation(given.text(0)));
-}
-
 std::vector<CallOperation> cuttingOperations() {
     return {
         {"Cls4Article.extTitleV1",
@@ -59,14 +53,11 @@ std::vector<CallOperation> cuttingOperations() {
 
 std::vector<CallOperation> textOperations() {
     return {
-        {"Cls4Article.replaceHtmlTag", {"text"}, {}, changedText<Cls4Article::replaceHtmlTag>},
-        {"Cls4Article.killTag", {"text"}, {}, changedText<Cls4Article::killTag>},
-        {"Cls4Article.getPageNum",
-         {"url"},
-         {},
-         [](CallObjects&, const CallArguments& given) { return answer(Cls4Article::getPageNum(given.text(0))); }},
-        {"Cls4Article.ImgSrcRecover", {"text"}, {}, changedText<Cls4Article::ImgSrcRecover>},
-        {"Cls4Article.getTagIMG", {"html"}, {}, changedText<Cls4Article::getTagIMG>},
+        {"Cls4Article.replaceHtmlTag", {"text"}, {}, ofText<Cls4Article::replaceHtmlTag>},
+        {"Cls4Article.killTag", {"text"}, {}, ofText<Cls4Article::killTag>},
+        {"Cls4Article.getPageNum", {"url"}, {}, ofText<Cls4Article::getPageNum>},
+        {"Cls4Article.ImgSrcRecover", {"text"}, {}, ofText<Cls4Article::ImgSrcRecover>},
+        {"Cls4Article.getTagIMG", {"html"}, {}, ofText<Cls4Article::getTagIMG>},
         {"Cls4Article.getImgSrc",
          {"tag", "pageUrl"},
          {},
@@ -91,11 +82,7 @@ std::vector<CallOperation> textOperations() {
 } // namespace
 
 std::vector<CallOperation> articleOperations() {
-    std::vector<CallOperation> all = cuttingOperations();
-    for (CallOperation& operation : textOperations()) {
-        all.push_back(std::move(operation));
-    }
-    return all;
+    return joined({cuttingOperations(), textOperations()});
 }
 
 } // namespace kelb::cli

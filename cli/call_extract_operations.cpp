@@ -10,21 +10,17 @@ using extract::Cls4Discuz;
 
 namespace {
 
+/// An operation that leaves in its argument what it did not work on.
+template <std::u16string (*Operation)(std::u16string&)>
+CallAnswer textAndRest(CallObjects&, const CallArguments& given) {
+    std::u16string text = given.text(0);
+    return answer(Operation(text), text);
+}
+
 std::vector<CallOperation> stripperOperations() {
     return {
-        {"Prog_Copy.CopyRemoveHTML",
-         {"text"},
-         {},
-         [](CallObjects&, const CallArguments& given) {
-             return answer(extract::Prog_Copy::CopyRemoveHTML(given.text(0)));
-         }},
-        {"Prog_Copy.CopyRemoveHTML1",
-         {"text"},
-         {"text"},
-         [](CallObjects&, const CallArguments& given) {
-             std::u16string text = given.text(0);
-             return answer(extract::Prog_Copy::CopyRemoveHTML1(text), text);
-         }},
+        {"Prog_Copy.CopyRemoveHTML", {"text"}, {}, ofText<extract::Prog_Copy::CopyRemoveHTML>},
+        {"Prog_Copy.CopyRemoveHTML1", {"text"}, {"text"}, textAndRest<extract::Prog_Copy::CopyRemoveHTML1>},
         {"Prog_Copy.CopyRemoveHTML2",
          {"html"},
          {"pieces"},
@@ -32,19 +28,8 @@ std::vector<CallOperation> stripperOperations() {
              std::vector<std::u16string> pieces;
              return answer(extract::Prog_Copy::CopyRemoveHTML2(given.text(0), pieces), pieces);
          }},
-        {"ClsYCleaner.RemoveHTML",
-         {"text"},
-         {},
-         [](CallObjects&, const CallArguments& given) {
-             return answer(extract::ClsYCleaner::RemoveHTML(given.text(0)));
-         }},
-        {"ClsYCleaner.RemoveHTML1",
-         {"text"},
-         {"text"},
-         [](CallObjects&, const CallArguments& given) {
-             std::u16string text = given.text(0);
-             return answer(extract::ClsYCleaner::RemoveHTML1(text), text);
-         }},
+        {"ClsYCleaner.RemoveHTML", {"text"}, {}, ofText<extract::ClsYCleaner::RemoveHTML>},
+        {"ClsYCleaner.RemoveHTML1", {"text"}, {"text"}, textAndRest<extract::ClsYCleaner::RemoveHTML1>},
     };
 }
 
@@ -65,14 +50,8 @@ std::vector<CallOperation> forumOperations() {
              const auto page = given.flag(2) ? extract::ThreadPage::First : extract::ThreadPage::Later;
              return answer(objects.discuz().extDiscuzPageContent(given.text(0), reason, page), reason);
          }},
-        {"Cls4Discuz.extFloorContent",
-         {"floor"},
-         {},
-         [](CallObjects&, const CallArguments& given) { return answer(Cls4Discuz::extFloorContent(given.text(0))); }},
-        {"Cls4Discuz.killDiscuzMark",
-         {"text"},
-         {},
-         [](CallObjects&, const CallArguments& given) { return answer(Cls4Discuz::killDiscuzMark(given.text(0))); }},
+        {"Cls4Discuz.extFloorContent", {"floor"}, {}, ofText<Cls4Discuz::extFloorContent>},
+        {"Cls4Discuz.killDiscuzMark", {"text"}, {}, ofText<Cls4Discuz::killDiscuzMark>},
         {"Cls4Discuz.split2Floors",
          {"html", "reason"},
          {"floors", "reason", "success"},
@@ -89,14 +68,8 @@ std::vector<CallOperation> forumOperations() {
          [](CallObjects& objects, const CallArguments&) {
              return answer(objects.userNames().giveRndName(objects.random()));
          }},
-        {"Cls4Discuz.killGR",
-         {"text"},
-         {},
-         [](CallObjects&, const CallArguments& given) { return answer(Cls4Discuz::killGR(given.text(0))); }},
-        {"Cls4Discuz.killBeginGR",
-         {"text"},
-         {},
-         [](CallObjects&, const CallArguments& given) { return answer(Cls4Discuz::killBeginGR(given.text(0))); }},
+        {"Cls4Discuz.killGR", {"text"}, {}, ofText<Cls4Discuz::killGR>},
+        {"Cls4Discuz.killBeginGR", {"text"}, {}, ofText<Cls4Discuz::killBeginGR>},
         {"Prog_Dz.localPagePath",
          {{"lanMode", ArgumentKind::Flag}, "folder", "storedPath"},
          {},
@@ -105,27 +78,15 @@ std::vector<CallOperation> forumOperations() {
              const LanMode mode = given.flag(0) ? LanMode::On : LanMode::Off;
              return answer(localPagePath(mode, given.text(1), given.text(2)));
          }},
-        {"Prog_Dz.extTitleTag",
-         {"html"},
-         {},
-         [](CallObjects&, const CallArguments& given) { return answer(extract::Prog_Dz::extTitleTag(given.text(0))); }},
-        {"Prog_Form.extModelCode",
-         {"text"},
-         {},
-         [](CallObjects&, const CallArguments& given) {
-             return answer(extract::Prog_Form::extModelCode(given.text(0)));
-         }},
+        {"Prog_Dz.extTitleTag", {"html"}, {}, ofText<extract::Prog_Dz::extTitleTag>},
+        {"Prog_Form.extModelCode", {"text"}, {}, ofText<extract::Prog_Form::extModelCode>},
     };
 }
 
 } // namespace
 
 std::vector<CallOperation> extractOperations() {
-    std::vector<CallOperation> all = stripperOperations();
-    for (CallOperation& operation : forumOperations()) {
-        all.push_back(std::move(operation));
-    }
-    return all;
+    return joined({stripperOperations(), forumOperations()});
 }
 
 } // namespace kelb::cli

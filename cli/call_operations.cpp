@@ -1,7 +1,5 @@
 #include "cli/call_operations.h"
 
-#include <algorithm>
-#include <iterator>
 #include <unordered_map>
 
 namespace kelb::cli {
@@ -54,20 +52,20 @@ std::vector<CallOperation> processOperations() {
     };
 }
 
-std::vector<CallOperation> allOperations() {
-    std::vector<CallOperation> all = processOperations();
-    for (std::vector<CallOperation> chapter :
-         {rewriteOperations(), extractOperations(), articleOperations(), templateOperations(), siteOperations(),
-          segmentOperations(), settingsOperations()}) {
-        std::ranges::move(chapter, std::back_inserter(all));
+} // namespace
+
+std::vector<CallOperation> joined(std::initializer_list<std::vector<CallOperation>> chapters) {
+    std::vector<CallOperation> all;
+    for (const std::vector<CallOperation>& chapter : chapters) {
+        all.insert(all.end(), chapter.begin(), chapter.end());
     }
     return all;
 }
 
-} // namespace
-
 const std::vector<CallOperation>& callOperations() {
-    static const std::vector<CallOperation> operations = allOperations();
+    static const std::vector<CallOperation> operations =
+        joined({processOperations(), rewriteOperations(), extractOperations(), articleOperations(),
+                templateOperations(), siteOperations(), segmentOperations(), settingsOperations()});
     return operations;
 }
 

@@ -3,6 +3,7 @@
 #include "cli/call_arguments.h"
 #include "cli/call_objects.h"
 
+#include <initializer_list>
 #include <string_view>
 #include <vector>
 
@@ -15,6 +16,15 @@ struct CallOperation {
     std::vector<std::string_view> out; ///< names of what comes back beside the result
     CallAnswer (*run)(CallObjects& objects, const CallArguments& arguments);
 };
+
+/// What most rows run: from one text to a result.
+template <auto Operation>
+CallAnswer ofText(CallObjects&, const CallArguments& given) {
+    return answer(Operation(given.text(0)));
+}
+
+/// The rows of the chapters, one behind the other.
+[[nodiscard]] std::vector<CallOperation> joined(std::initializer_list<std::vector<CallOperation>> chapters);
 
 /// Every operation: those on the process itself, then one chapter of rows per folder.
 [[nodiscard]] const std::vector<CallOperation>& callOperations();

@@ -1,21 +1,23 @@
 #include "cli/call_operations.h"
 #include "rewrite/pubProg.h"
 
-#include <algorithm>
-#include <iterator>
-
 namespace kelb::cli {
+
+using rewrite::ClsSmart;
 
 namespace {
 
+/// From one text to a result. ClsSmart is made for it, also where the operation needs none of its memory: without the
+/// file of ad marks none of them answers.
+template <auto Operation>
+CallAnswer ofPost(CallObjects& objects, const CallArguments& given) {
+    objects.smart();
+    return answer(Operation(given.text(0)));
+}
+
 std::vector<CallOperation> cleaningOperations() {
     return {
-        {"ClsSmart.killURLText",
-         {"text"},
-         {},
-         [](CallObjects& objects, const CallArguments& given) {
-             return answer(objects.smart().killURLText(given.text(0)));
-         }},
+        {"ClsSmart.killURLText", {"text"}, {}, ofPost<ClsSmart::killURLText>},
         {"ClsSmart.killTag",
          {"text"},
          {"text"},
@@ -23,10 +25,7 @@ std::vector<CallOperation> cleaningOperations() {
              std::u16string text = given.text(0);
              return answer(objects.smart().killTag(text), text);
          }},
-        {"pubProg.killTagStr",
-         {"text"},
-         {},
-         [](CallObjects&, const CallArguments& given) { return answer(rewrite::pubProg::killTagStr(given.text(0))); }},
+        {"pubProg.killTagStr", {"text"}, {}, ofText<rewrite::pubProg::killTagStr>},
         {"ClsSmart.replaceGarbage",
          {"text", "log"},
          {"cleaned", "log"},
@@ -49,12 +48,7 @@ std::vector<CallOperation> cleaningOperations() {
              return answer(objects.smart().replaceGarbageTag(given.text(0), cleaned, log, given.text(2), given.text(3)),
                            cleaned, log);
          }},
-        {"ClsSmart.killMoreBR",
-         {"text"},
-         {},
-         [](CallObjects& objects, const CallArguments& given) {
-             return answer(objects.smart().killMoreBR(given.text(0)));
-         }},
+        {"ClsSmart.killMoreBR", {"text"}, {}, ofPost<ClsSmart::killMoreBR>},
         {"ClsSmart.cutTitle",
          {"text", "separator"},
          {},
@@ -66,12 +60,7 @@ std::vector<CallOperation> cleaningOperations() {
 
 std::vector<CallOperation> judgingOperations() {
     return {
-        {"ClsSmart.CountGoodChar",
-         {"text"},
-         {},
-         [](CallObjects& objects, const CallArguments& given) {
-             return answer(objects.smart().CountGoodChar(given.text(0)));
-         }},
+        {"ClsSmart.CountGoodChar", {"text"}, {}, ofPost<ClsSmart::CountGoodChar>},
         {"ClsSmart.blnValue",
          {"text", "reason"},
          {"reason"},
@@ -79,12 +68,7 @@ std::vector<CallOperation> judgingOperations() {
              std::u16string reason = given.text(1);
              return answer(objects.smart().blnValue(given.text(0), reason), reason);
          }},
-        {"ClsSmart.blnValue2",
-         {"text"},
-         {},
-         [](CallObjects& objects, const CallArguments& given) {
-             return answer(objects.smart().blnValue2(given.text(0)));
-         }},
+        {"ClsSmart.blnValue2", {"text"}, {}, ofPost<ClsSmart::blnValue2>},
     };
 }
 
@@ -94,12 +78,7 @@ std::vector<CallOperation> rewritingOperations() {
          {},
          {},
          [](CallObjects& objects, const CallArguments&) { return answer(objects.smart().smartRead()); }},
-        {"ClsSmart.smartReplaceTitle",
-         {"title"},
-         {},
-         [](CallObjects& objects, const CallArguments& given) {
-             return answer(objects.smart().smartReplaceTitle(given.text(0)));
-         }},
+        {"ClsSmart.smartReplaceTitle", {"title"}, {}, ofPost<ClsSmart::smartReplaceTitle>},
         {"ClsSmart.smartReplaceContent",
          {"text", "brand"},
          {},
@@ -117,30 +96,10 @@ std::vector<CallOperation> rewritingOperations() {
 
 std::vector<CallOperation> recognitionOperations() {
     return {
-        {"ClsSmart.getPinPai",
-         {"text"},
-         {},
-         [](CallObjects& objects, const CallArguments& given) {
-             return answer(objects.smart().getPinPai(given.text(0)));
-         }},
-        {"ClsSmart.blnChangHong",
-         {"text"},
-         {},
-         [](CallObjects& objects, const CallArguments& given) {
-             return answer(objects.smart().blnChangHong(given.text(0)));
-         }},
-        {"ClsSmart.searchTVCode",
-         {"text"},
-         {},
-         [](CallObjects& objects, const CallArguments& given) {
-             return answer(objects.smart().searchTVCode(given.text(0)));
-         }},
-        {"ClsSmart.searchICCode",
-         {"code"},
-         {},
-         [](CallObjects& objects, const CallArguments& given) {
-             return answer(objects.smart().searchICCode(given.text(0)));
-         }},
+        {"ClsSmart.getPinPai", {"text"}, {}, ofPost<ClsSmart::getPinPai>},
+        {"ClsSmart.blnChangHong", {"text"}, {}, ofPost<ClsSmart::blnChangHong>},
+        {"ClsSmart.searchTVCode", {"text"}, {}, ofPost<ClsSmart::searchTVCode>},
+        {"ClsSmart.searchICCode", {"code"}, {}, ofPost<ClsSmart::searchICCode>},
         {"ClsSmart.replaceTVCode",
          {"text", "brand"},
          {},
@@ -153,24 +112,14 @@ std::vector<CallOperation> recognitionOperations() {
          [](CallObjects& objects, const CallArguments& given) {
              return answer(objects.smart().rndTVCode(given.text(0), objects.platform().random));
          }},
-        {"ClsSmart.smartGetProblem",
-         {"text"},
-         {},
-         [](CallObjects& objects, const CallArguments& given) {
-             return answer(objects.smart().smartGetProblem(given.text(0)));
-         }},
+        {"ClsSmart.smartGetProblem", {"text"}, {}, ofPost<ClsSmart::smartGetProblem>},
     };
 }
 
 } // namespace
 
 std::vector<CallOperation> rewriteOperations() {
-    std::vector<CallOperation> all;
-    for (std::vector<CallOperation> chapter :
-         {cleaningOperations(), judgingOperations(), rewritingOperations(), recognitionOperations()}) {
-        std::ranges::move(chapter, std::back_inserter(all));
-    }
-    return all;
+    return joined({cleaningOperations(), judgingOperations(), rewritingOperations(), recognitionOperations()});
 }
 
 } // namespace kelb::cli

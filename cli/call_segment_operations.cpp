@@ -4,12 +4,7 @@ namespace kelb::cli {
 
 std::vector<CallOperation> segmentOperations() {
     return {
-        {"ClsFenCi.splitPrepare",
-         {"text"},
-         {},
-         [](CallObjects&, const CallArguments& given) {
-             return answer(segment::ClsFenCi::splitPrepare(given.text(0)));
-         }},
+        {"ClsFenCi.splitPrepare", {"text"}, {}, ofText<segment::ClsFenCi::splitPrepare>},
         {"ClsFenCi.segment",
          {"text"},
          {"words", "partsOfSpeech"},

@@ -1,9 +1,6 @@
 #include "cli/call_operations.h"
 #include "extract/ClsSpecSheet.h"
 
-#include <algorithm>
-#include <iterator>
-
 namespace kelb::cli {
 
 using extract::Cls4QASite;
@@ -33,10 +30,7 @@ std::vector<CallOperation> specSheetOperations() {
          [](CallObjects&, const CallArguments& given) {
              return answer(ClsSpecSheet::extSpePara(given.text(0), given.texts(1)));
          }},
-        {"ClsSpecSheet.extTitle",
-         {"html"},
-         {},
-         [](CallObjects&, const CallArguments& given) { return answer(ClsSpecSheet::extTitle(given.text(0))); }},
+        {"ClsSpecSheet.extTitle", {"html"}, {}, ofText<ClsSpecSheet::extTitle>},
         {"ClsSpecSheet.extNameAndCode",
          {"title"},
          {"name", "code"},
@@ -50,14 +44,8 @@ std::vector<CallOperation> specSheetOperations() {
 
 std::vector<CallOperation> questionOperations() {
     return {
-        {"Cls4QASite.extQTitle",
-         {"html"},
-         {},
-         [](CallObjects&, const CallArguments& given) { return answer(Cls4QASite::extQTitle(given.text(0))); }},
-        {"Cls4QASite.extQContent",
-         {"html"},
-         {},
-         [](CallObjects&, const CallArguments& given) { return answer(Cls4QASite::extQContent(given.text(0))); }},
+        {"Cls4QASite.extQTitle", {"html"}, {}, ofText<Cls4QASite::extQTitle>},
+        {"Cls4QASite.extQContent", {"html"}, {}, ofText<Cls4QASite::extQContent>},
         {"Cls4QASite.extAContent",
          {"html"},
          {},
@@ -76,9 +64,7 @@ std::vector<CallOperation> questionOperations() {
 } // namespace
 
 std::vector<CallOperation> siteOperations() {
-    std::vector<CallOperation> all = specSheetOperations();
-    std::ranges::move(questionOperations(), std::back_inserter(all));
-    return all;
+    return joined({specSheetOperations(), questionOperations()});
 }
 
 } // namespace kelb::cli

@@ -1,4 +1,4 @@
-#include "cli/call_command.h"
+#include "cli/call_loop.h"
 
 #include "platform/clock.h"
 #include "platform/memory_file_system.h"

@@ -1,4 +1,4 @@
-#include "cli/call_command.h"
+#include "cli/call_loop.h"
 
 #include "tests/fuzz/fuzz_machine.h"
 
