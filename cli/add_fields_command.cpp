@@ -1,7 +1,7 @@
 #include "jobs/add_fields.h"
 
 #include "cli/commands.h"
-#include "cli/job_run.h"
+#include "cli/job_command.h"
 #include "platform/utf8.h"
 
 namespace kelb::cli {
@@ -10,25 +10,19 @@ namespace {
 class AddFieldsCommand final : public JobCommand {
 public:
     explicit AddFieldsCommand(CLI::App& kelb)
-        : JobCommand(kelb.add_subcommand(jobs::kAddFieldsJob,
-                                         "Add the columns blnPass, blnPosted, sT and sC to a crawl table")) {
+        : JobCommand(kelb, jobs::kAddFieldsJob, "Add the columns blnPass, blnPosted, sT and sC to a crawl table") {
         declared()
             .add_option("--db", database_, "Database, which is changed [D:\\KelbFolder\\Comb(LABEL2).mdb]")
             ->type_name("DB");
         declared().add_option("--table", table_, "The table [[AddFields] table]")->type_name("NAME");
-        declared().footer("LABEL is [AddFields] siteLabel. A table that has one of the columns is an error.\n"
-                          "Common options: see kelb --help.");
-    }
-
-    int run(Program& program) override {
-        return runJob(
-            program, jobs::kAddFieldsJob, std::nullopt,
-            [this](jobs::Context& context, jobs::JobHost& host, jobs::JobSummary& summary) {
-                jobs::addFields({platform::fromUtf8(database_), platform::fromUtf8(table_)}, context, host, summary);
-            });
+        declareFooter("LABEL is [AddFields] siteLabel. A table that has one of the columns is an error.");
     }
 
 private:
+    void work(jobs::Context& context, jobs::JobHost& host, jobs::JobSummary& summary) override {
+        jobs::addFields({platform::fromUtf8(database_), platform::fromUtf8(table_)}, context, host, summary);
+    }
+
     std::string database_, table_;
 };
 

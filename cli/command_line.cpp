@@ -2,7 +2,6 @@
 
 #include "cli/commands.h"
 #include "jobs/job_error.h"
-#include "platform/terminal.h"
 
 #include <algorithm>
 #include <iostream>
@@ -46,6 +45,25 @@ void declareCommonOptions(CLI::App& kelb, CommonOptions& options) {
     kelb.add_flag("--no-summary", options.noSummary, "No summary line at the end of a job")->group(group);
 }
 
+/// In the order in which the help lists them.
+std::vector<CommandPointer> makeCommands(CLI::App& kelb) {
+    std::vector<CommandPointer> commands;
+    for (const auto make :
+         {makeForumImport, makeForumFill, makeArticleImport, makeMultipageImport, makeDedupeSource, makeDedupeDest,
+          makeFaultMerge, makeExportUsers, makeAddFields, makeUndo, makeParamImport, makeTemplateExtract}) {
+        commands.push_back(make(kelb));
+    }
+    for (const auto makeGroup : {makeCounterCommands, makeDatabaseCommands}) {
+        for (CommandPointer& command : makeGroup(kelb)) {
+            commands.push_back(std::move(command));
+        }
+    }
+    for (const auto make : {makeCall, makeSegment, makeSheet, makeView, makeSettings}) {
+        commands.push_back(make(kelb));
+    }
+    return commands;
+}
+
 int fail(const std::string& message, ExitStatus status) {
     std::string line = message;
     std::replace_if(
@@ -75,6 +93,15 @@ int runChosen(const std::vector<CommandPointer>& commands, const CommonOptions& 
     }
 }
 
+/// The command as far as the arguments named one: "kelb", "kelb db", "kelb db query".
+std::string namedCommand(const CLI::App& kelb) {
+    std::string words = kelb.get_name();
+    for (auto named = kelb.get_subcommands(); !named.empty(); named = named.front()->get_subcommands()) {
+        words += " " + named.front()->get_name();
+    }
+    return words;
+}
+
 } // namespace
 
 int runKelb(int count, const char* const* arguments) {
@@ -88,28 +115,7 @@ int runKelb(int count, const char* const* arguments) {
     kelb.get_formatter()->column_width(34);
     CommonOptions options;
     declareCommonOptions(kelb, options);
-    std::vector<CommandPointer> commands;
-    commands.push_back(makeForumImport(kelb));
-    commands.push_back(makeForumFill(kelb));
-    commands.push_back(makeArticleImport(kelb));
-    commands.push_back(makeMultipageImport(kelb));
-    for (const auto make :
-         {makeDedupeSource, makeDedupeDest, makeFaultMerge, makeExportUsers, makeAddFields, makeUndo}) {
-        commands.push_back(make(kelb));
-    }
-    commands.push_back(makeParamImport(kelb));
-    commands.push_back(makeTemplateExtract(kelb));
-    for (CommandPointer& command : makeCounterCommands(kelb)) {
-        commands.push_back(std::move(command));
-    }
-    for (CommandPointer& command : makeDatabaseCommands(kelb)) {
-        commands.push_back(std::move(command));
-    }
-    commands.push_back(makeCall(kelb));
-    commands.push_back(makeSegment(kelb));
-    commands.push_back(makeSheet(kelb));
-    commands.push_back(makeView(kelb));
-    commands.push_back(makeSettings(kelb));
+    const std::vector<CommandPointer> commands = makeCommands(kelb);
     try {
         kelb.parse(count, arguments);
     } catch (const CLI::Success& request) { // --help, --version
@@ -118,8 +124,8 @@ int runKelb(int count, const char* const* arguments) {
         // A word that is no command is told as a missing one, and the word is left over.
         const std::vector<std::string> left = kelb.remaining(true);
         const bool unknown = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr && !left.empty();
-        return fail((unknown ? "there is no command " + left.front() : std::string(error.what())) +
-                        ". See kelb --help.",
+        return fail((unknown ? "there is no command " + left.front() : std::string(error.what())) + ". See " +
+                        namedCommand(kelb) + " --help.",
                     kUsage);
     }
     return runChosen(commands, options);

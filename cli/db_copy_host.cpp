@@ -8,13 +8,10 @@
 #include <iostream>
 
 namespace kelb::cli {
-namespace {
 
-std::string jsonText(std::u16string_view text) {
-    std::string json;
-    jobs::appendJsonText(text, json);
-    return json;
-}
+using jobs::jsonText;
+
+namespace {
 
 /// {"kind": "row", "table": "t", "page": 17, "row": 3, "field": "x", "reason": "…"}; what does not apply is missing.
 std::string toJson(const jet::Loss& loss) {

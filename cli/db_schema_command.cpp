@@ -8,6 +8,9 @@
 #include <iostream>
 
 namespace kelb::cli {
+
+using jobs::jsonText;
+
 namespace {
 
 std::string typeName(jet::ColumnType type) {
@@ -73,12 +76,6 @@ std::string shownType(const jet::Column& column) {
     }
     return type + (column.isAutonumber() || column.isGuidAutonumber() ? " autonumber" : "") +
            (column.required ? " not null" : "");
-}
-
-std::string jsonText(std::u16string_view text) {
-    std::string json;
-    jobs::appendJsonText(text, json);
-    return json;
 }
 
 constexpr const char* trueOrFalse(bool flag) {

@@ -3,7 +3,6 @@
 #include "cli/text_table.h"
 #include "jobs/row_text.h"
 #include "platform/text.h"
-#include "platform/utf8.h"
 
 #include <iostream>
 
@@ -35,9 +34,8 @@ public:
             table.beginRow();
             table.addCell(name);
             table.addCell(platform::number(rows));
-            array += array.empty() ? "{\"name\": " : ", {\"name\": ";
-            jobs::appendJsonText(name, array);
-            array += ", \"rows\": " + std::to_string(rows) + "}";
+            array += (array.empty() ? "{\"name\": " : ", {\"name\": ") + jobs::jsonText(name) +
+                     ", \"rows\": " + std::to_string(rows) + "}";
         }
         if (json_) {
             std::cout << '[' << array << "]\n";

@@ -1,7 +1,7 @@
 #include "jobs/dedupe_dest.h"
 
 #include "cli/commands.h"
-#include "cli/job_run.h"
+#include "cli/job_command.h"
 #include "platform/utf8.h"
 
 namespace kelb::cli {
@@ -10,26 +10,20 @@ namespace {
 class DedupeDestCommand final : public JobCommand {
 public:
     explicit DedupeDestCommand(CLI::App& kelb)
-        : JobCommand(kelb.add_subcommand(jobs::kDedupeDestJob,
-                                         "Keep one row for all addresses that are equal up to their last \"-\"")) {
+        : JobCommand(kelb, jobs::kDedupeDestJob,
+                     "Keep one row for all addresses that are equal up to their last \"-\"") {
         declared().add_option("--dest", dest_, "Database, which is changed [[Paths] wxdb]")->type_name("DB");
         declared().add_option("--table", table_, "The table [wxGG]")->type_name("NAME");
-        declared().footer(
-            "The row stored last (recTime) stays. Addresses without \"-\" count as equal: all but one of\n"
-            "these rows are deleted.\n"
-            "Try --dry-run first; with --trash DIR everything can be put back (kelb undo).\n"
-            "Common options: see kelb --help.");
-    }
-
-    int run(Program& program) override {
-        return runJob(
-            program, jobs::kDedupeDestJob, std::nullopt,
-            [this](jobs::Context& context, jobs::JobHost& host, jobs::JobSummary& summary) {
-                jobs::dedupeDest({platform::fromUtf8(dest_), platform::fromUtf8(table_)}, context, host, summary);
-            });
+        declareFooter("The row stored last (recTime) stays. Addresses without \"-\" count as equal: all but one of\n"
+                      "these rows are deleted.\n"
+                      "Try --dry-run first; with --trash DIR everything can be put back (kelb undo).");
     }
 
 private:
+    void work(jobs::Context& context, jobs::JobHost& host, jobs::JobSummary& summary) override {
+        jobs::dedupeDest({platform::fromUtf8(dest_), platform::fromUtf8(table_)}, context, host, summary);
+    }
+
     std::string dest_, table_;
 };
 

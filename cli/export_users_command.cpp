@@ -1,7 +1,7 @@
 #include "jobs/export_users.h"
 
 #include "cli/commands.h"
-#include "cli/job_run.h"
+#include "cli/job_command.h"
 #include "platform/utf8.h"
 
 namespace kelb::cli {
@@ -10,21 +10,17 @@ namespace {
 class ExportUsersCommand final : public JobCommand {
 public:
     explicit ExportUsersCommand(CLI::App& kelb)
-        : JobCommand(kelb.add_subcommand(jobs::kExportUsersJob,
-                                         "Write Chinese user names of the table DVUser to TestRec/StoreN.txt")) {
+        : JobCommand(kelb, jobs::kExportUsersJob,
+                     "Write Chinese user names of the table DVUser to TestRec/StoreN.txt") {
         declared().add_option("--db", database_, "Database, which is only read [[Paths] dvUserDb]")->type_name("DB");
-        declared().footer("The first 300 rows are read. Without its first line the file can serve as userNames.txt.\n"
-                          "Common options: see kelb --help.");
-    }
-
-    int run(Program& program) override {
-        return runJob(program, jobs::kExportUsersJob, std::nullopt,
-                      [this](jobs::Context& context, jobs::JobHost& host, jobs::JobSummary& summary) {
-                          jobs::exportUsers({platform::fromUtf8(database_)}, context, host, summary);
-                      });
+        declareFooter("The first 300 rows are read. Without its first line the file can serve as userNames.txt.");
     }
 
 private:
+    void work(jobs::Context& context, jobs::JobHost& host, jobs::JobSummary& summary) override {
+        jobs::exportUsers({platform::fromUtf8(database_)}, context, host, summary);
+    }
+
     std::string database_;
 };
 

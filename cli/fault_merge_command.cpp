@@ -1,7 +1,7 @@
 #include "jobs/fault_merge.h"
 
 #include "cli/commands.h"
-#include "cli/job_run.h"
+#include "cli/job_command.h"
 #include "platform/utf8.h"
 
 namespace kelb::cli {
@@ -10,31 +10,27 @@ namespace {
 class FaultMergeCommand final : public JobCommand {
 public:
     explicit FaultMergeCommand(CLI::App& kelb)
-        : JobCommand(kelb.add_subcommand(jobs::kFaultMergeJob,
-                                         "Merge approved repair records about one set code into fault summaries")) {
+        : JobCommand(kelb, jobs::kFaultMergeJob,
+                     "Merge approved repair records about one set code into fault summaries") {
         declared()
             .add_option("--db", database_, "Database, which is changed [D:\\KelbFolder\\Comb(LABEL1).mdb]")
             ->type_name("DB");
         declared().add_option("--table", table_, "The table [[Merge] table]")->type_name("NAME");
-        declared().footer(
-            "Takes the rows of the site [Merge] siteFragment with blnPass set and a TVCode. The first of\n"
-            "two rows gets both texts and a title of its own, the second one loses blnPass. LABEL is\n"
-            "[Merge] siteLabel. The column blnJoined is added where it is missing.\n"
-            "Try --dry-run first. Common options: see kelb --help.");
-    }
-
-    int run(Program& program) override {
-        return runJob(program, jobs::kFaultMergeJob, std::nullopt,
-                      [this](jobs::Context& context, jobs::JobHost& host, jobs::JobSummary& summary) {
-                          jobs::FaultMergeOptions options{.database = platform::fromUtf8(database_), .table = {}};
-                          if (table_) {
-                              options.table = platform::fromUtf8(*table_);
-                          }
-                          jobs::mergeFaults(options, context, host, summary);
-                      });
+        declareFooter("Takes the rows of the site [Merge] siteFragment with blnPass set and a TVCode. The first of\n"
+                      "two rows gets both texts and a title of its own, the second one loses blnPass. LABEL is\n"
+                      "[Merge] siteLabel. The column blnJoined is added where it is missing.\n"
+                      "Try --dry-run first.");
     }
 
 private:
+    void work(jobs::Context& context, jobs::JobHost& host, jobs::JobSummary& summary) override {
+        jobs::FaultMergeOptions options{.database = platform::fromUtf8(database_), .table = {}};
+        if (table_) {
+            options.table = platform::fromUtf8(*table_);
+        }
+        jobs::mergeFaults(options, context, host, summary);
+    }
+
     std::string database_;
     std::optional<std::string> table_;
 };

@@ -1,7 +1,7 @@
 #include "jobs/param_import.h"
 
 #include "cli/commands.h"
-#include "cli/job_run.h"
+#include "cli/job_command.h"
 #include "cli/sink_arguments.h"
 #include "platform/utf8.h"
 
@@ -11,8 +11,8 @@ namespace {
 class ParamImportCommand final : public JobCommand {
 public:
     explicit ParamImportCommand(CLI::App& kelb)
-        : JobCommand(kelb.add_subcommand(
-              jobs::kParamImportJob, "Add model, code and ten parameters of product pages to the table wxKnowledge")) {
+        : JobCommand(kelb, jobs::kParamImportJob,
+                     "Add model, code and ten parameters of product pages to the table wxKnowledge") {
         auto* folder = declared().add_option(
             "--folder", folder_, "Folder whose sub-folders 0, 1, 2 … hold the page files [[Params] shareFolder]");
         folder->type_name("DIR");
@@ -20,12 +20,10 @@ public:
             declared().add_option("--source", source_, "Crawl database whose rows name the page files, instead");
         source->type_name("DB")->excludes(folder);
         declared().add_option("--table", table_, "Its table [[Params] sourceTable]")->type_name("NAME")->needs(source);
-        declared()
-            .add_option("--lan-folder", lanFolder_, "With --source: folder that holds the page files")
-            ->type_name("DIR");
+        declareLanFolder("With --source: folder that holds the page files");
         declared().add_flag("--save", save_, "Store what is found; without it the job only shows it");
         sink_.emplace(declared());
-        declared().footer(
+        declareFooter(
             "A name that wxKnowledge holds already is not stored again. A walk over a folder goes on where\n"
             "the last one stood, kept in the folder's CounterResp.txt: see kelb counter. That place moves on\n"
             "without --save, too, but not with --dry-run. The walk takes the files of a sub-folder in the\n"
@@ -33,28 +31,23 @@ public:
             "With --source: the rows whose url holds [Params] portalPath and /product/…/param.shtml.\n"
             "One run makes 70,000 passes at most.\n"
             "Example:\n"
-            "  kelb param-import --folder /crawl/products --connection /crawl/knowledge.mdb --save\n"
-            "Common options: see kelb --help.");
-    }
-
-    int run(Program& program) override {
-        return runJob(program, jobs::kParamImportJob, lanFolder_,
-                      [this](jobs::Context& context, jobs::JobHost& host, jobs::JobSummary& summary) {
-                          jobs::ParamImportOptions options;
-                          options.mode = source_.empty() ? jobs::LoopMode::Folder : jobs::LoopMode::Database;
-                          options.folder = platform::fromUtf8(folder_);
-                          options.source = platform::fromUtf8(source_);
-                          options.sourceTable = platform::fromUtf8(table_);
-                          options.sink = sink_->chosen();
-                          options.saves = [this] { return save_; };
-                          jobs::importParameters(options, context, host, summary);
-                      });
+            "  kelb param-import --folder /crawl/products --connection /crawl/knowledge.mdb --save");
     }
 
 private:
+    void work(jobs::Context& context, jobs::JobHost& host, jobs::JobSummary& summary) override {
+        jobs::ParamImportOptions options;
+        options.mode = source_.empty() ? jobs::LoopMode::Folder : jobs::LoopMode::Database;
+        options.folder = platform::fromUtf8(folder_);
+        options.source = platform::fromUtf8(source_);
+        options.sourceTable = platform::fromUtf8(table_);
+        options.sink = sink_->chosen();
+        options.saves = [this] { return save_; };
+        jobs::importParameters(options, context, host, summary);
+    }
+
     std::string folder_, source_, table_;
     std::optional<SinkArguments> sink_; ///< declared where the help is to show it
-    std::optional<std::string> lanFolder_;
     bool save_ = false;
 };
 

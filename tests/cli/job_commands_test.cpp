@@ -1,7 +1,5 @@
 #include "tests/cli/program_fixture.h"
 
-#include "platform/code_page.h"
-#include "platform/utf8.h"
 #include "tests/platform/text_matchers.h"
 
 #include <gmock/gmock.h>
@@ -72,6 +70,24 @@ TEST_F(JobCommands, ForumImportPrintsLogBoxAndSummary) {
                        "\"failedBecause\": \\{\"noFloors\": 1\\}\\}\n"));
     EXPECT_THAT(read("run.html"), AllOf(HasSubstr("<b>1</b>saved"), HasSubstr("http://b/thread-102-1-1.html")));
     EXPECT_EQ(articles(), "{\"url\": \"http://b/thread-101-1-1.html\"}\n");
+}
+
+TEST_F(JobCommands, TheSummaryComesAlsoWhenTheLogCannotBeWritten) {
+    crawl(1);
+    write("home/Kelb.ini", "[Safety]\r\nlogFile=" + at("nowhere/run.log") + "\r\n");
+    const Outcome outcome = run(importCommand({"--lan-folder", at("lan"), "--quiet", "--report", at("run.html")}));
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(outcome.err, HasSubstr("nowhere/run-"));
+    EXPECT_THAT(outcome.out, AllOf(HasSubstr("\"saved\": 1"), EndsWith("}\n")));
+    EXPECT_THAT(read("run.html"), HasSubstr("The run ended with an error: "));
+}
+
+TEST_F(JobCommands, AWrongWordIsToldWithTheCommandThatHelps) {
+    EXPECT_EQ(run({"db", "query"}).err, "kelb: FILE is required. See kelb db query --help.\n");
+    EXPECT_EQ(run({"undo", "--runs"}).err,
+              "kelb: The following argument was not expected: --runs. See kelb undo --help.\n");
+    EXPECT_EQ(run({"db", "copy"}).err, "kelb: there is no command copy. See kelb db --help.\n");
+    EXPECT_EQ(run({"imprt"}).err, "kelb: there is no command imprt. See kelb --help.\n");
 }
 
 TEST_F(JobCommands, ParamImportWalksAFolderAndItsCounterCanBeSeenAndReset) {
