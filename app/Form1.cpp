@@ -89,7 +89,7 @@ void Form1::addTabs() {
                                 .busy = [this] { return busy(); },
                                 .dryRun = [this] { return options_->options().dryRun; },
                                 .say = [this](const QString& text) { say(text); },
-                                .viewPage = [this](const std::u16string& page) { viewPage(page); }}),
+                                .makePageViewer = [this](const std::u16string& page) { return makeViewerOf(page); }}),
            texts::kTabResults);
     reasons_ =
         new ReasonsView([this](const jobs::RowPlace& place, const jobs::VisitedRow& row) { openVisited(place, row); });
@@ -303,6 +303,10 @@ void Form1::showViewer() {
     viewer_->activateWindow();
 }
 
+std::unique_ptr<QWidget> Form1::makeViewerOf(const std::u16string& page) const {
+    return parts_.makeSavedPageViewer ? parts_.makeSavedPageViewer(page) : nullptr;
+}
+
 /// One page at a time: the viewer is made anew for each.
 void Form1::openVisited(const jobs::RowPlace& place, const jobs::VisitedRow& row) {
     if (place.table.empty() && isFile(row.name)) {
@@ -330,7 +334,7 @@ bool Form1::isFile(const std::u16string& path) const {
 
 void Form1::viewPage(const std::u16string& page) {
     delete savedPage_;
-    savedPage_ = parts_.makeSavedPageViewer ? parts_.makeSavedPageViewer(page).release() : nullptr;
+    savedPage_ = makeViewerOf(page).release();
     if (savedPage_ == nullptr) {
         say(texts::shown(texts::kViewerMissing));
     } else {

@@ -78,6 +78,7 @@ private:
     void showSummary(const QString& text);
     void showSetup();
     void showViewer();
+    std::unique_ptr<QWidget> makeViewerOf(const std::u16string& page) const;
     void viewPage(const std::u16string& page);
     void openVisited(const jobs::RowPlace& place, const jobs::VisitedRow& row);
     bool isFile(const std::u16string& path) const;

@@ -10,6 +10,7 @@
 
 #include <QLabel>
 #include <QSplitter>
+#include <QStackedWidget>
 #include <QVBoxLayout>
 
 #include <exception>
@@ -55,12 +56,15 @@ QString fieldsPage(const std::vector<jobs::RowField>& fields) {
 
 ArticlePanes::ArticlePanes(Parts parts, QWidget* parent)
     : QWidget(parent), parts_(std::move(parts)), articleCaption_(*new QLabel), pageCaption_(*new QLabel),
-      article_(*new StillPage), page_(*new StillPage), rows_(parts_.context.databases()) {
+      article_(*new StillPage), page_(*new StillPage), right_(*new QStackedWidget), rows_(parts_.context.databases()) {
     auto* splitter = new QSplitter;
     splitter->setObjectName("ResultsPanes");
     splitter->setChildrenCollapsible(false);
-    splitter->addWidget(pane(articleCaption_, article_, "ResultsArticle", texts::kResultsArticle));
-    splitter->addWidget(pane(pageCaption_, page_, "ResultsSourcePage", texts::kSourcePage));
+    name(article_, "ResultsArticle", texts::kResultsArticle);
+    name(page_, "ResultsSourcePage", texts::kSourcePage);
+    right_.addWidget(&page_);
+    splitter->addWidget(pane(articleCaption_, article_));
+    splitter->addWidget(pane(pageCaption_, right_));
     splitter->setSizes({1'000, 1'000}); // halves
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -71,13 +75,16 @@ ArticlePanes::ArticlePanes(Parts parts, QWidget* parent)
     showNothing();
 }
 
-QWidget* ArticlePanes::pane(QLabel& caption, StillPage& page, const char* name, const char* text) {
-    caption.setTextFormat(Qt::PlainText);
-    caption.setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
-    caption.setBuddy(&page);
+void ArticlePanes::name(StillPage& page, const char* name, const char* text) {
     page.setObjectName(name);
     page.setAccessibleName(texts::shown(text));
     page.setMinimumSize(60, 40);
+}
+
+QWidget* ArticlePanes::pane(QLabel& caption, QWidget& page) {
+    caption.setTextFormat(Qt::PlainText);
+    caption.setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+    caption.setBuddy(&page);
     auto* both = new QWidget;
     auto* layout = new QVBoxLayout(both);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -125,6 +132,7 @@ void ArticlePanes::show(jobs::ResultListing& listing, std::size_t row) {
 }
 
 void ArticlePanes::sourceSays(const QString& text) {
+    dropViewer();
     pageCaption_.setText(texts::shown(texts::kSourcePage));
     page_.showText(text);
 }
@@ -162,6 +170,9 @@ void ArticlePanes::showPage() {
                                  ? texts::shown(texts::kSourcePageAt).arg(toQt(shown_.path))
                                  : texts::shown(texts::kSourcePageInRow).arg(toQt(found_->table)));
         page_.showHtml(toQt(shown_.html), StillPage::Ground::White);
+        if (whole_) {
+            showWhole();
+        }
         break;
     case State::NoFile:
         sourceSays(shown_.why.empty() ? texts::shown(texts::kSourceFileGone).arg(toQt(shown_.path))
@@ -194,13 +205,33 @@ void ArticlePanes::openSourceRow() {
     }
 }
 
-void ArticlePanes::openViewer() {
+bool ArticlePanes::setWholePages(bool whole) {
     settle();
-    if (shown_.state == jobs::SourcePage::State::File) {
-        parts_.viewPage(shown_.path);
-    } else {
-        parts_.say(texts::shown(texts::kSourceNoFile));
+    dropViewer();
+    whole_ = whole && showWhole();
+    return whole_ == whole;
+}
+
+/// A page that is no file stays as it is. False when there is no viewer.
+bool ArticlePanes::showWhole() {
+    dropViewer();
+    if (shown_.state != jobs::SourcePage::State::File) {
+        return true;
     }
+    std::unique_ptr<QWidget> made = parts_.makePageViewer(shown_.path);
+    if (made == nullptr) {
+        parts_.say(texts::shown(texts::kViewerMissing));
+        return false;
+    }
+    viewer_ = made.release();
+    viewer_->setMinimumSize(page_.minimumSize());
+    right_.addWidget(viewer_);
+    right_.setCurrentWidget(viewer_);
+    return true;
+}
+
+void ArticlePanes::dropViewer() {
+    delete std::exchange(viewer_, nullptr);
 }
 
 } // namespace kelb::app

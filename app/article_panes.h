@@ -9,10 +9,12 @@
 #include <QWidget>
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 
 class QLabel;
+class QStackedWidget;
 
 namespace kelb::app {
 
@@ -30,7 +32,8 @@ public:
         std::function<std::u16string()> source; ///< path of the crawl database; "" leaves the choice to the settings
         std::function<jobs::PageLocation()> pages;
         std::function<void(const QString&)> say;
-        std::function<void(const std::u16string& path)> viewPage; ///< opens the page viewer on a page file
+        /// Makes the page viewer for a page file; nullptr in a program without it.
+        std::function<std::unique_ptr<QWidget>(const std::u16string& path)> makePageViewer;
     };
     explicit ArticlePanes(Parts parts, QWidget* parent = nullptr);
 
@@ -41,10 +44,15 @@ public:
     void release();
 
     void openSourceRow();
-    void openViewer();
+    /// Whether page files are shown by the page viewer, with scripts and styles, or as still pages. False when there is
+    /// no page viewer.
+    bool setWholePages(bool whole);
 
 private:
-    QWidget* pane(QLabel& caption, StillPage& page, const char* name, const char* text);
+    bool showWhole();
+    void dropViewer();
+    static void name(StillPage& page, const char* name, const char* text);
+    static QWidget* pane(QLabel& caption, QWidget& page);
     void findSource();
     void findPage();
     void showPage();
@@ -54,6 +62,9 @@ private:
     Parts parts_;
     QLabel &articleCaption_, &pageCaption_;
     StillPage &article_, &page_;
+    QStackedWidget& right_;     ///< the still page, or over it the viewer
+    QWidget* viewer_ = nullptr; ///< a child of right_
+    bool whole_ = false;
     QTimer rest_;
     jobs::SourceRows rows_;
     jobs::RowName name_;                   ///< of the crawl row

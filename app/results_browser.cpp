@@ -77,7 +77,7 @@ ResultsBrowser::ResultsBrowser(Parts parts)
                                                                  .source = parts_.source,
                                                                  .pages = parts_.pages,
                                                                  .say = parts_.say,
-                                                                 .viewPage = parts_.viewPage})) {
+                                                                 .makePageViewer = parts_.makePageViewer})) {
     setObjectName("TabResults");
     makeList();
     trouble_.setObjectName("ResultsTrouble");
@@ -165,7 +165,13 @@ QHBoxLayout* ResultsBrowser::buttonLine() {
     line->addStretch(1);
     button(*line, "ResultsSourceRow", texts::kResultsSourceRow, texts::kResultsSourceRowTip,
            [this] { panes_.openSourceRow(); });
-    button(*line, "ResultsViewer", texts::kResultsViewer, texts::kResultsViewerTip, [this] { panes_.openViewer(); });
+    auto& whole = button(*line, "ResultsViewer", texts::kResultsViewer, texts::kResultsViewerTip, [] {});
+    whole.setCheckable(true);
+    connect(&whole, &QPushButton::toggled, this, [this, &whole](bool on) {
+        if (!panes_.setWholePages(on)) {
+            whole.setChecked(false);
+        }
+    });
     return line;
 }
 

@@ -43,7 +43,8 @@ public:
         std::function<QString()> busy; ///< why nothing can be changed now, "" when it can
         std::function<bool()> dryRun;
         std::function<void(const QString&)> say; ///< in the status line
-        std::function<void(const std::u16string& path)> viewPage;
+        /// Makes the page viewer for a page file; nullptr in a program without it.
+        std::function<std::unique_ptr<QWidget>(const std::u16string& path)> makePageViewer;
     };
     explicit ResultsBrowser(Parts parts);
     ~ResultsBrowser() override;

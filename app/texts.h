@@ -171,7 +171,7 @@ inline constexpr char kResultsFailTip[] = KELB_TEXT("把所选各行的 blnPass 
 inline constexpr char kResultsSourceRow[] = KELB_TEXT("来源记录(&M)");
 inline constexpr char kResultsSourceRowTip[] = KELB_TEXT("显示这篇文章在源数据库中的记录；不改变任何数据。");
 inline constexpr char kResultsViewer[] = KELB_TEXT("完整页面(&G)");
-inline constexpr char kResultsViewerTip[] = KELB_TEXT("在页面查看器中打开来源页面，脚本和样式照常起作用。");
+inline constexpr char kResultsViewerTip[] = KELB_TEXT("按下后来源页面由页面查看器显示，脚本、样式和图片照常起作用。");
 inline constexpr ObjectText kResultsColumns[] = {
     {"pass", KELB_TEXT("通过")}, {"title", KELB_TEXT("标题")}, {"length", KELB_TEXT("字数")},
     {"time", KELB_TEXT("时间")}, {"url", KELB_TEXT("来源")},
@@ -206,7 +206,6 @@ inline constexpr char kSourceFileGone[] =
     KELB_TEXT("页面文件已不存在（可能已被任务删除），找过：\n%1\n（页面文件夹在“提取”页指定。）");
 inline constexpr char kSourceUnreadable[] = KELB_TEXT("页面文件无法读取：%1");
 inline constexpr char kSourceNoDatabase[] = KELB_TEXT("无法查找来源：%1");
-inline constexpr char kSourceNoFile[] = KELB_TEXT("这篇文章没有可以打开的页面文件。");
 inline constexpr char kSourceRowTitle[] = KELB_TEXT("来源记录：%1 表");
 inline constexpr char kSourceRowGone[] = KELB_TEXT("来源记录已不存在：%1\n中没有这条记录：%2");
 inline constexpr char kSourceRowField[] = KELB_TEXT("字段");

@@ -81,7 +81,7 @@ void look(const std::u16string& path) {
                                  .busy = [] { return QString(); },
                                  .dryRun = [] { return false; },
                                  .say = [](const QString&) {},
-                                 .viewPage = [](const std::u16string&) {}});
+                                 .makePageViewer = [](const std::u16string&) { return std::unique_ptr<QWidget>(); }});
     browser.resize(1'200, 700);
     QElapsedTimer timer;
     timer.start();

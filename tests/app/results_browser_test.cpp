@@ -67,7 +67,11 @@ protected:
                          .makeSavedPageViewer =
                              [this](const std::u16string& page) {
                                  viewed = page;
-                                 return std::make_unique<QWidget>();
+                                 auto viewer = hasViewer ? std::make_unique<QWidget>() : nullptr;
+                                 if (viewer != nullptr) {
+                                     viewer->setObjectName("Viewer");
+                                 }
+                                 return viewer;
                              }});
         form->show();
         form->activateWindow(); // keys of shortcuts go to the active window
@@ -103,6 +107,7 @@ protected:
     QString statusLine() { return find<QLabel>("LabelStatus").text(); }
     std::vector<std::string> marks() { return rows(kDest, u"select sT, blnPass from wxAll"); }
     std::u16string viewed;
+    bool hasViewer = true;
     std::function<void(jobs::JobHost&)> job = [](jobs::JobHost&) {};
     jobs::JobSummary visited{"test-job"};
 
@@ -126,8 +131,28 @@ TEST_F(ResultsBrowserTest, ShowsAnArticleBesideThePageThatItCameFrom) {
     EXPECT_THAT(shown("ResultsArticle"), testing::HasSubstr("○维修案例:\n换电容"));
     EXPECT_THAT(shown("ResultsArticle"), testing::Not(testing::HasSubstr("document")));
     EXPECT_THAT(sourcePage(), testing::HasSubstr("先量变压器的次级"));
-    find<QAbstractButton>("ResultsViewer").click();
+}
+
+TEST_F(ResultsBrowserTest, ThePageViewerTakesTheRightSideWhileItIsWanted) {
+    open();
+    list().selectRow(0);
+    auto& whole = find<QAbstractButton>("ResultsViewer");
+    whole.click(); // without waiting for the page
     EXPECT_EQ(viewed, u"X:\\lan\\crawl\\7-1-1.htm");
+    EXPECT_TRUE(find<QWidget>("Viewer").isVisible());
+    EXPECT_FALSE(find<QWidget>("ResultsSourcePage").isVisible());
+    list().selectRow(1); // its page is gone
+    EXPECT_TRUE(find<QWidget>("ResultsSourcePage").isVisible());
+    EXPECT_EQ(form->findChild<QWidget*>("Viewer"), nullptr);
+    list().selectRow(0);
+    EXPECT_TRUE(QTest::qWaitFor([this] { return form->findChild<QWidget*>("Viewer") != nullptr; }));
+    whole.click();
+    EXPECT_TRUE(find<QWidget>("ResultsSourcePage").isVisible());
+    EXPECT_THAT(sourcePage(), testing::HasSubstr("先量变压器的次级"));
+    hasViewer = false;
+    whole.click();
+    EXPECT_FALSE(whole.isChecked());
+    EXPECT_TRUE(statusLine().contains("qt6-webengine-dev"));
 }
 
 TEST(StillPageTest, FetchesNothing) {
