@@ -1,26 +1,10 @@
-#include "jet/byte_order.h"
+#include "jet/calculated_value.h"
 #include "jet/long_value.h"
 #include "jet/table.h"
 #include "jet/text_codec.h"
 #include "jet/value_codec.h"
 
-#include <algorithm>
-
 namespace kelb::jet {
-
-namespace {
-
-/// ACE wraps a calculated value: 16 bytes, u32 length, the value. RowView unwraps those in the record itself.
-std::span<const std::byte> unwrapped(std::span<const std::byte> stored) {
-    constexpr std::size_t kHeader = 20;
-    if (stored.size() < kHeader) {
-        return {};
-    }
-    const std::size_t length = load32(&stored[kHeader - 4]);
-    return stored.subspan(kHeader).first(std::min(length, stored.size() - kHeader));
-}
-
-} // namespace
 
 bool Row::isNull(const Column& column) const {
     return column.type != ColumnType::YesNo && !view_.field(column);
@@ -96,7 +80,7 @@ std::vector<std::byte> Row::longValueBytes(const Column& column, std::span<const
     std::vector<std::byte> bytes(longValueLength(field));
     readLongValue(*pager_, field, std::span(bytes));
     if (column.isCalculated()) {
-        const std::span<const std::byte> inner = unwrapped(bytes);
+        const std::span<const std::byte> inner = calculatedValue(bytes);
         bytes = {inner.begin(), inner.end()};
     }
     return bytes;

@@ -1,22 +1,19 @@
 #include "jet/row_record.h"
 
 #include "jet/byte_order.h"
+#include "jet/calculated_value.h"
 #include "jet/error.h"
 
 #include "platform/utf8.h"
 
 #include <algorithm>
 #include <cassert>
-#include <cstring>
 
 namespace kelb::jet {
 
 namespace {
 
 constexpr std::size_t kMinRowBytes = 4; ///< so that every row can become a pointer in its place
-
-/// ACE stores a calculated value as 16 bytes, u32 length, the value.
-constexpr std::size_t kCalculatedHeader = 20;
 
 std::size_t maskBytes(std::size_t columns) noexcept {
     return (columns + 7) / 8;
@@ -70,9 +67,7 @@ std::optional<std::span<const std::byte>> RowView::field(const Column& column) c
     }
     std::span<const std::byte> stored = bytes_.subspan(range->start, range->end - range->start);
     if (column.isCalculated() && !column.isLongValue() && stored.size() >= kCalculatedHeader) {
-        const std::size_t length = load32(&stored[kCalculatedHeader - 4]);
-        stored = stored.subspan(kCalculatedHeader);
-        stored = stored.first(std::min(length, stored.size()));
+        stored = calculatedValue(stored);
     }
     return stored;
 }
@@ -177,7 +172,8 @@ void requireConsistent(const TableDefinition& definition) {
                                                         " " + fault);
         }
     };
-    std::vector<bool> numbers(definition.maxColumns), places(definition.varColumns), area(65536 + 255);
+    std::vector<bool> numbers(definition.maxColumns), places(definition.varColumns);
+    std::vector<bool> area(65536 + 255); // bytes of the fixed area that a field has; no field there is longer than 255
     for (const Column& column : definition.columns) {
         require(column.number < numbers.size() && !numbers[column.number], column, "has a number that is taken");
         numbers[column.number] = true;
