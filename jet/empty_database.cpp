@@ -5,6 +5,7 @@
 #include "jet/data_page.h"
 #include "jet/file_header.h"
 #include "jet/index_tree.h"
+#include "jet/table_definition_layout.h"
 #include "jet/table_environment.h"
 #include "jet/usage_map.h"
 
@@ -22,7 +23,6 @@ namespace {
 constexpr std::uint32_t kPages = 16;
 constexpr PageNumber kMapPage{6};
 constexpr PageNumber kObjectRows{14}, kRightRows{15};
-constexpr std::uint8_t kSystemTable = 0x53;
 
 constexpr std::uint8_t kFixed = 0x13, kVariable = 0x12, kAccount = 0x32; ///< flags of columns in system tables
 constexpr std::uint16_t kLongText = 510;

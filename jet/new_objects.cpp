@@ -13,12 +13,9 @@ namespace kelb::jet {
 
 namespace {
 
-constexpr std::uint8_t kFixedFlags = 0x03, kVariableFlags = 0x02, kAutonumberFlag = 0x04, kGuidAutonumberFlag = 0x40;
-constexpr std::uint8_t kUniqueFlag = 0x01, kIgnoreNullsFlag = 0x02, kRequiredFlag = 0x08, kIndexFlag = 0x80;
-constexpr std::uint8_t kPrimaryKind = 1;
+constexpr std::uint8_t kFixedFlags = kColumnFlag | kFixedFlag;
 constexpr std::uint16_t kMaxTextUnits = 255, kMaxBinaryBytes = 510;
 constexpr std::uint8_t kMaxPrecision = 28;
-constexpr std::uint8_t kCompressionFlag = 0x01;
 
 [[noreturn]] void badColumn(std::u16string_view table, const NewColumn& column, const std::string& reason) {
     throw Error(Error::Kind::BadDefinition,
@@ -33,7 +30,7 @@ void setTextLength(Column& column, const NewColumn& wanted, std::u16string_view 
                   "its length must be 1 to " + std::to_string(most) + ", not " + std::to_string(wanted.characters) +
                       (text ? " (a longer text is a MEMO)" : ""));
     column.length = static_cast<std::uint16_t>(text ? 2 * wanted.characters : wanted.characters);
-    column.flags = kVariableFlags;
+    column.flags = kColumnFlag;
 }
 
 void setAutonumber(Column& column, const NewColumn& wanted, std::u16string_view table) {
@@ -120,7 +117,7 @@ Column makeColumn(const NewColumn& wanted, std::u16string_view table, SortOrder 
     case ColumnType::Guid:
     case ColumnType::Memo:
     case ColumnType::Ole:
-        column.flags = kVariableFlags;
+        column.flags = kColumnFlag;
         break;
     case ColumnType::Text:
     case ColumnType::Binary:
@@ -157,7 +154,7 @@ PhysicalIndex& addIndex(TableDefinition& table, const NewIndex& given, platform:
     for (const LogicalIndex& other : table.logicalIndexes) {
         if (platform::equalNoCase(other.name, wanted.name))
             refuse(Error::Kind::AlreadyExists, "there is an index of that name");
-        if (wanted.primary && other.kind == kPrimaryKind)
+        if (wanted.primary && other.kind == kPrimaryKeyKind)
             refuse(Error::Kind::AlreadyExists, "the table has a primary key, " + platform::toUtf8(other.name));
     }
     if (std::max(table.logicalIndexes.size(), table.physicalIndexes.size()) >= kMaxIndexes)
@@ -174,7 +171,7 @@ PhysicalIndex& addIndex(TableDefinition& table, const NewIndex& given, platform:
     LogicalIndex logical;
     logical.name = wanted.name;
     logical.physical = static_cast<std::uint32_t>(table.physicalIndexes.size());
-    logical.kind = wanted.primary ? kPrimaryKind : 0;
+    logical.kind = wanted.primary ? kPrimaryKeyKind : 0;
     table.addLogicalIndex(logical);
     return table.physicalIndexes.emplace_back(std::move(index));
 }

@@ -2,9 +2,9 @@
 
 #include "jet/database.h"
 #include "jet/table_definition.h"
+#include "jet/table_definition_layout.h"
 
 #include <cstddef>
-#include <string>
 #include <string_view>
 
 namespace kelb::platform {
@@ -15,8 +15,6 @@ class Random;
 namespace kelb::jet {
 
 inline constexpr std::size_t kMaxNameUnits = 64;
-inline constexpr std::size_t kMaxIndexes = 32;
-inline constexpr std::size_t kMaxIndexColumns = 10;
 
 /// `what`: "table", "field", "index". Throws Error (BadName).
 void requireGoodName(std::string_view what, std::u16string_view name);

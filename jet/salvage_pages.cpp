@@ -3,10 +3,10 @@
 #include "jet/byte_order.h"
 #include "jet/map_row.h"
 #include "jet/record_check.h"
+#include "jet/table_definition_layout.h"
 #include "jet/usage_map.h"
 
 #include <algorithm>
-#include <limits>
 #include <optional>
 
 namespace kelb::jet {
@@ -14,16 +14,16 @@ namespace {
 
 constexpr std::uint16_t kStartMask = 0x1FFF;
 constexpr unsigned kKindShift = 14;
-constexpr std::uint8_t kUserTable = 0x4E, kSystemTable = 0x53;
-constexpr std::uint32_t kDefinitionMark = 0x659;
 constexpr PageNumber kFirstTablePage{2}, kLastSystemTable{5};
 
 bool beginsDefinition(std::span<const std::byte> page, Dialect dialect) {
-    if (load16(page.data()) != 0x0102)
+    if (load16(page.data()) != kDefinitionPageType)
         return false;
-    if (dialect == Dialect::Jet3)
-        return load8(&page[20]) == kUserTable || load8(&page[20]) == kSystemTable;
-    return load32(&page[12]) == kDefinitionMark && (load8(&page[40]) == kUserTable || load8(&page[40]) == kSystemTable);
+    constexpr std::size_t kJet3TableTypeOffset = 20;
+    const bool jet3 = dialect == Dialect::Jet3;
+    const std::uint8_t type = load8(&page[jet3 ? kJet3TableTypeOffset : kTableTypeOffset]);
+    return (jet3 || load32(&page[kDefinitionMarkOffset]) == kDefinitionMark) &&
+           (type == kUserTable || type == kSystemTable);
 }
 
 /// Which pages are free; nothing when the map contradicts what is certain: the system tables' definitions are in use.

@@ -2,20 +2,17 @@
 
 #include "jet/byte_order.h"
 #include "jet/error.h"
+#include "jet/table_definition_layout.h"
 
 #include "platform/letter_case.h"
 #include "platform/utf8.h"
 
 #include <algorithm>
 #include <numeric>
-#include <tuple>
 
 namespace kelb::jet {
 
 namespace {
-
-constexpr std::uint16_t kMaxColumns = 255;
-constexpr std::uint8_t kSystemTable = 0x53;
 
 /// Order of column blocks: display position, then name.
 bool standsBefore(const Column& a, const Column& b) noexcept {

@@ -31,7 +31,7 @@ struct Column {
     std::uint16_t length = 0;      ///< bytes; text: 2 × characters; memo and OLE: 0
     SortOrder sortOrder;
     std::uint8_t precision = 0, scale = 0; ///< numeric only
-    std::uint8_t flags = 0;                ///< kColumn… below
+    std::uint8_t flags = 0;                ///< bits: table_definition_layout.h
     std::uint8_t extraFlags = 0;
     bool required = false; ///< property "Required", from the catalog
 
@@ -75,7 +75,7 @@ struct LogicalIndex {
     std::uint8_t kind = 0; ///< 0 ordinary, 1 primary key, 2 foreign key
 };
 
-struct ColumnMaps {
+struct ColumnMaps { // where the long values of a memo or OLE column live
     std::uint16_t column = 0;
     RowId owned;
     RowId free;
@@ -120,9 +120,9 @@ inline constexpr std::size_t kRowCountOffset = 16;
 inline constexpr std::size_t kAutonumberOffset = 20;
 inline constexpr std::size_t kDistinctKeysOffset = 63 + 4; ///< + 12 × physical index
 
-/// Reads the chain that starts at `page`. Throws CorruptFile. Jet 3: its indexes
-/// are named here, their pages are never read;
-/// `codePage` is that of its names.
+/// Reads the chain of pages that starts at `page` (its bytes: table_definition_layout.h). Throws CorruptFile,
+/// FileError. Jet 3: the indexes are named, but index pages of that dialect are never read; `codePage` is that of the
+/// names. The definition's own name stands in the catalog and stays empty.
 TableDefinition readTableDefinition(Pager& pager, PageNumber page, Dialect dialect, std::uint16_t codePage = 1252);
 
 /// The same of a damaged file: columns and their names must be there; indexes and maps are left out, and `fault` says

@@ -2,6 +2,7 @@
 
 #include "jet/byte_order.h"
 #include "jet/error.h"
+#include "jet/table_definition_layout.h"
 #include "jet/text_codec.h"
 
 #include <algorithm>
@@ -11,10 +12,7 @@ namespace kelb::jet {
 
 namespace {
 
-constexpr std::size_t kPageHeader = 8;
 constexpr std::size_t kMaxChain = 64; ///< pages; 255 columns and 32 indexes with the longest names need 15
-constexpr std::size_t kColumnsPerIndex = 10;
-constexpr std::uint16_t kNoColumn = 0xFFFF;
 
 /// The pages of a definition as one byte string, read from left to right.
 class DefinitionBytes {
@@ -30,7 +28,7 @@ public:
         }
     }
 
-    bool isDamaged() const noexcept { return chain_ == Chain::AsFarAsItGoes; }
+    bool maybeDamaged() const noexcept { return chain_ == Chain::AsFarAsItGoes; }
     void seek(std::size_t offset) noexcept { at_ = offset; }
     const std::byte* take(std::size_t count) {
         if (count > bytes_.size() - at_) {
@@ -49,8 +47,11 @@ public:
         if (at_ < pageSize) {
             pager_.corrupt(pages_.front(), at_, expected);
         }
-        const std::size_t index = std::min((at_ - pageSize) / (pageSize - kPageHeader) + 1, pages_.size() - 1);
-        pager_.corrupt(pages_[index], at_ - pageSize - (index - 1) * (pageSize - kPageHeader) + kPageHeader, expected);
+        const std::size_t index =
+            std::min((at_ - pageSize) / (pageSize - kDefinitionPageHeader) + 1, pages_.size() - 1);
+        pager_.corrupt(pages_[index],
+                       at_ - pageSize - (index - 1) * (pageSize - kDefinitionPageHeader) + kDefinitionPageHeader,
+                       expected);
     }
 
 private:
@@ -58,13 +59,13 @@ private:
         do {
             const PageRef ref = pager_.read(page);
             const std::span<const std::byte> bytes = ref.bytes();
-            if (load8(&bytes[0]) != 2 || load8(&bytes[1]) != 1) {
+            if (load16(&bytes[0]) != kDefinitionPageType) {
                 pager_.corrupt(page, 0, "this is no page of a table definition (02 01)");
             }
             if (pages_.size() == kMaxChain) {
                 pager_.corrupt(page, 4, "the pages of a table definition run in a circle");
             }
-            const std::size_t from = pages_.empty() ? 0 : kPageHeader;
+            const std::size_t from = pages_.empty() ? 0 : kDefinitionPageHeader;
             bytes_.insert(bytes_.end(), bytes.begin() + static_cast<std::ptrdiff_t>(from), bytes.end());
             pages_.push_back(page);
             page = PageNumber{load32(&bytes[4])};
@@ -83,11 +84,11 @@ struct Counts {
 };
 
 Counts readHead(DefinitionBytes& in, TableDefinition& table) {
-    in.seek(16);
+    in.seek(kRowCountOffset);
     table.rowCount = in.u32();
     table.lastAutonumber = in.u32();
     table.autonumberStep = in.u32();
-    in.seek(40);
+    in.seek(kTableTypeOffset);
     table.tableType = in.u8();
     table.maxColumns = in.u16();
     table.varColumns = in.u16();
@@ -101,9 +102,8 @@ Counts readHead(DefinitionBytes& in, TableDefinition& table) {
 }
 
 Column readColumn(DefinitionBytes& in) {
-    const std::byte* p = in.take(25);
-    constexpr std::uint32_t kMark = 0x659;
-    if (in.isDamaged() && load32(p + 1) != kMark) {
+    const std::byte* p = in.take(kColumnBytes);
+    if (in.maybeDamaged() && load32(p + 1) != kDefinitionMark) {
         in.fail("a field (59 06)");
     }
     Column column;
@@ -133,7 +133,7 @@ std::u16string readName(DefinitionBytes& in) {
 
 /// Columns of the key, owned map, root: in both dialects the same. `p` behind the mark.
 void readKeyColumns(const std::byte* p, PhysicalIndex& index) {
-    for (std::size_t i = 0; i < kColumnsPerIndex; ++i) {
+    for (std::size_t i = 0; i < kMaxIndexColumns; ++i) {
         const std::byte* part = p + 3 * i;
         if (load16(part) != kNoColumn) {
             index.columns.push_back({load16(part), load8(part + 2) == 1});
@@ -144,7 +144,7 @@ void readKeyColumns(const std::byte* p, PhysicalIndex& index) {
 }
 
 void readPhysicalIndex(DefinitionBytes& in, PhysicalIndex& index) {
-    const std::byte* p = in.take(52);
+    const std::byte* p = in.take(kPhysicalIndexBytes);
     readKeyColumns(p + 4, index);
     index.flags = load8(p + 46);
 }
@@ -170,7 +170,7 @@ LogicalIndex logicalIndexAt(const std::byte* p) {
 }
 
 LogicalIndex readLogicalIndex(DefinitionBytes& in) {
-    return logicalIndexAt(in.take(28) + 4);
+    return logicalIndexAt(in.take(kLogicalIndexBytes) + 4);
 }
 
 /// Counts come from the file: each block is taken from the bytes at hand before room for the next is made.

@@ -2,6 +2,7 @@
 
 #include "jet/byte_order.h"
 #include "jet/error.h"
+#include "jet/table_definition_layout.h"
 
 #include <algorithm>
 #include <cassert>
@@ -9,13 +10,6 @@
 namespace kelb::jet {
 
 namespace {
-
-constexpr std::size_t kPageHeader = 8;
-constexpr std::size_t kLengthOffset = 8;
-constexpr std::size_t kColumnsPerIndex = 10;
-constexpr std::uint16_t kNoColumn = 0xFFFF;
-constexpr std::uint32_t kMark = 0x659;      ///< in front of definitions, columns and logical indexes
-constexpr std::uint32_t kIndexMark = 0x783; ///< in front of physical indexes
 
 /// Appends little-endian fields.
 class Out {
@@ -42,10 +36,10 @@ private:
 };
 
 void writeHead(Out& out, const TableDefinition& table) {
-    out.u16(0x0102); // page of a definition
-    out.zeros(6);    // free field and next page: see writeTableDefinition
-    out.u32(0);      // length, known at the end
-    out.u32(kMark);
+    out.u16(kDefinitionPageType);
+    out.zeros(6); // free field and next page: see writeTableDefinition
+    out.u32(0);   // length, known at the end
+    out.u32(kDefinitionMark);
     out.u32(table.rowCount);
     out.u32(table.lastAutonumber);
     out.u32(table.autonumberStep);
@@ -62,7 +56,7 @@ void writeHead(Out& out, const TableDefinition& table) {
 
 void writeColumn(Out& out, const Column& column) {
     out.u8(static_cast<std::uint8_t>(column.type));
-    out.u32(kMark);
+    out.u32(kDefinitionMark);
     out.u16(column.number);
     out.u16(column.varIndex);
     out.u16(column.position);
@@ -83,13 +77,13 @@ void writeColumn(Out& out, const Column& column) {
 }
 
 void writePhysicalIndex(Out& out, const PhysicalIndex& index) {
-    assert(index.columns.size() <= kColumnsPerIndex);
+    assert(index.columns.size() <= kMaxIndexColumns);
     out.u32(kIndexMark);
     for (const IndexColumn& part : index.columns) {
         out.u16(part.column);
         out.u8(part.ascending ? 1 : 0);
     }
-    for (std::size_t i = index.columns.size(); i < kColumnsPerIndex; ++i) {
+    for (std::size_t i = index.columns.size(); i < kMaxIndexColumns; ++i) {
         out.u16(kNoColumn);
         out.u8(0);
     }
@@ -101,7 +95,7 @@ void writePhysicalIndex(Out& out, const PhysicalIndex& index) {
 }
 
 void writeLogicalIndex(Out& out, const LogicalIndex& index) {
-    out.u32(kMark);
+    out.u32(kDefinitionMark);
     out.u32(index.number);
     out.u32(index.physical);
     out.u8(index.relationSide);
@@ -168,7 +162,7 @@ std::vector<std::byte> buildTableDefinition(const TableDefinition& definition) {
     out.u16(kNoColumn);
 
     std::vector<std::byte> bytes = std::move(out).take();
-    store32(&bytes[kLengthOffset], static_cast<std::uint32_t>(bytes.size()));
+    store32(&bytes[kDefinitionLengthOffset], static_cast<std::uint32_t>(bytes.size()));
     // The free field of the first page; of further ones see writeTableDefinition.
     const std::size_t used = std::min(bytes.size(), kPageSize);
     store16(&bytes[2], static_cast<std::uint16_t>(kPageSize - used - std::min<std::size_t>(kPageSize - used, 8)));
@@ -177,8 +171,8 @@ std::vector<std::byte> buildTableDefinition(const TableDefinition& definition) {
 
 void writeTableDefinition(Pager& pager, PageAllocator& allocator, const TableDefinition& definition) {
     const std::vector<std::byte> bytes = buildTableDefinition(definition);
-    constexpr std::size_t kPayload = kPageSize - kPageHeader;
-    const std::size_t pages = (bytes.size() - kPageHeader + kPayload - 1) / kPayload;
+    constexpr std::size_t kPayload = kPageSize - kDefinitionPageHeader;
+    const std::size_t pages = (bytes.size() - kDefinitionPageHeader + kPayload - 1) / kPayload;
 
     std::vector<PageNumber> chain = chainOf(pager, definition.page);
     while (chain.size() > pages) {
@@ -189,14 +183,14 @@ void writeTableDefinition(Pager& pager, PageAllocator& allocator, const TableDef
         chain.push_back(allocator.allocate().number());
     }
     for (std::size_t i = 0; i < pages; ++i) {
-        const std::size_t from = kPageHeader + i * kPayload;
+        const std::size_t from = kDefinitionPageHeader + i * kPayload;
         const std::size_t count = std::min(kPayload, bytes.size() - from);
         const std::size_t rest = kPayload - count;
         const PageEdit page = pager.editZeroed(chain[i]);
-        store16(page.data(), 0x0102);
+        store16(page.data(), kDefinitionPageType);
         store16(page.data() + 2, static_cast<std::uint16_t>(rest - std::min<std::size_t>(rest, 8)));
         store32(page.data() + 4, i + 1 < pages ? raw(chain[i + 1]) : 0);
-        std::copy_n(bytes.begin() + static_cast<std::ptrdiff_t>(from), count, page.data() + kPageHeader);
+        std::copy_n(bytes.begin() + static_cast<std::ptrdiff_t>(from), count, page.data() + kDefinitionPageHeader);
     }
 }
 

@@ -1,6 +1,6 @@
 #include "jet/table_transfer.h"
 
-#include "jet/byte_order.h"
+#include "jet/calculated_value.h"
 #include "jet/new_objects.h"
 #include "jet/text_codec.h"
 #include "jet/value_codec.h"
@@ -9,16 +9,13 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <limits>
 #include <optional>
 
 namespace kelb::jet {
 namespace {
 
-constexpr std::uint8_t kKeptFlags = 0x01 | 0x02 | 0x04 | 0x40 | 0x80; ///< fixed, always, autonumbers, hyperlink
-constexpr std::uint8_t kCompressionFlag = 0x01;
-constexpr std::uint8_t kIndexFlags = 0x80 | 0x01 | 0x02 | 0x08;
-constexpr std::uint8_t kRelationKind = 2;
+constexpr std::uint8_t kKeptFlags = kFixedFlag | kColumnFlag | kAutonumberFlag | kGuidAutonumberFlag | kHyperlinkFlag;
+constexpr std::uint8_t kKeptIndexFlags = kUniqueFlag | kIgnoreNullsFlag | kRequiredFlag;
 constexpr std::uint16_t kMaxTextBytes = 510;
 constexpr std::uint8_t kDigitsOfBigInteger = 19, kMaxPrecision = 28;
 
@@ -44,7 +41,7 @@ Column remade(const Column& from, ColumnType type, SortOrder order) {
 
 Column carried(const Column& from, Dialect dialect, SortOrder order) {
     Column column = from;
-    column.flags = static_cast<std::uint8_t>((from.flags & kKeptFlags) | 0x02);
+    column.flags = static_cast<std::uint8_t>((from.flags & kKeptFlags) | kColumnFlag);
     column.extraFlags = from.extraFlags & kCompressionFlag;
     const bool text = from.type == ColumnType::Text || from.type == ColumnType::Memo;
     if (dialect == Dialect::Jet3 && text)
@@ -59,17 +56,8 @@ Column carried(const Column& from, Dialect dialect, SortOrder order) {
     else
         column.length = static_cast<std::uint16_t>(fixedSize(from.type));
     if (from.isLongValue())
-        column.flags &= static_cast<std::uint8_t>(~0x01U);
+        column.flags &= static_cast<std::uint8_t>(~kFixedFlag);
     return column;
-}
-
-/// ACE wraps calculated values: 16 bytes, u32 length, the value. RowView unwraps those in the record itself.
-std::vector<std::byte> unwrapped(std::vector<std::byte> stored) {
-    constexpr std::size_t kHeader = 20;
-    if (stored.size() < kHeader)
-        return {};
-    const std::size_t length = std::min<std::size_t>(load32(&stored[kHeader - 4]), stored.size() - kHeader);
-    return {stored.begin() + kHeader, stored.begin() + static_cast<std::ptrdiff_t>(kHeader + length)};
 }
 
 Decimal decimalOf(std::int64_t number) {
@@ -164,7 +152,7 @@ void TableTransfer::addIndexes() {
     for (std::size_t i = 0; i < source_.physicalIndexes.size(); ++i) {
         IndexPlan plan{source_.physicalIndexes[i], {}, i};
         for (const LogicalIndex& name : source_.logicalIndexes) {
-            if (name.physical != i || name.kind == kRelationKind)
+            if (name.physical != i || name.kind == kForeignKeyKind)
                 continue;
             LogicalIndex kept;
             kept.name = name.name;
@@ -177,7 +165,7 @@ void TableTransfer::addIndexes() {
             notes_.push_back({plan.names.front().name, "an index on a field that is not carried over"});
             continue;
         }
-        plan.physical.flags = static_cast<std::uint8_t>((plan.physical.flags & kIndexFlags) | 0x80);
+        plan.physical.flags = static_cast<std::uint8_t>((plan.physical.flags & kKeptIndexFlags) | kIndexFlag);
         indexes_.push_back(std::move(plan));
     }
 }
@@ -193,8 +181,10 @@ StoredField TableTransfer::field(const ColumnPlan& plan, const RowView& record,
     if (!from.isLongValue())
         return stored(plan, *bytes);
     std::vector<std::byte> value = readLongValue(*bytes);
-    if (from.isCalculated())
-        value = unwrapped(std::move(value));
+    if (from.isCalculated()) {
+        const std::span<const std::byte> inner = calculatedValue(value);
+        value = std::vector<std::byte>(inner.begin(), inner.end());
+    }
     if (plan.form == Form::AsStored)
         return {true, std::move(value)};
     return stored(plan, value);
