@@ -2,10 +2,14 @@
 
 #include "jet/error.h"
 #include "jet/index_key.h"
+#include "jet/index_page.h"
 #include "jet/table_definition.h"
 #include "jet/value.h"
 
 #include <cstddef>
+#include <span>
+#include <string>
+#include <vector>
 
 namespace kelb::jet {
 
@@ -27,6 +31,10 @@ struct RowKey {
 /// Name of an index as the user knows it.
 [[nodiscard]] std::string indexName(const TableDefinition& table, std::size_t physicalIndex);
 
+/// "table T, index I: a = 1, b = 2", for messages. `values`: those of the key columns, in their order.
+[[nodiscard]] std::string describeKey(const TableDefinition& table, std::size_t physicalIndex,
+                                      std::span<const Value> values);
+
 /// `valueOf(column)` gives the value of a key column as convertValue gives it. Throws Error (KeyNotPossible).
 template <class ValueOf>
 RowKey makeRowKey(const TableDefinition& table, std::size_t physicalIndex, ValueOf&& valueOf) {
@@ -47,6 +55,29 @@ RowKey makeRowKey(const TableDefinition& table, std::size_t physicalIndex, Value
         }
     }
     return key;
+}
+
+/// The same with values looked up as in makeRowKey.
+template <class ValueOf>
+std::string describeKey(const TableDefinition& table, std::size_t physicalIndex, const ValueOf& valueOf) {
+    std::vector<Value> values;
+    for (const IndexColumn& part : table.physicalIndexes[physicalIndex].columns) {
+        values.push_back(valueOf(*table.columnByNumber(part.column)));
+    }
+    return describeKey(table, physicalIndex, std::span<const Value>(values));
+}
+
+/// Throws Error (NullNotAllowed, KeyNotPossible) when no row may have this key in that index.
+template <class ValueOf>
+void requireAllowed(const RowKey& key, const TableDefinition& table, std::size_t physicalIndex,
+                    const ValueOf& valueOf) {
+    if (key.anyNull && table.physicalIndexes[physicalIndex].required()) {
+        throw Error(Error::Kind::NullNotAllowed, "a value is required: " + describeKey(table, physicalIndex, valueOf));
+    }
+    if (key.bytes.size() + kRowPointerBytes > kMaxIndexEntry) {
+        throw Error(Error::Kind::KeyNotPossible,
+                    "the values are too long for an index: " + describeKey(table, physicalIndex, valueOf));
+    }
 }
 
 } // namespace kelb::jet
