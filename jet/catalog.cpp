@@ -30,8 +30,6 @@ T valueOr(const Row& row, const Column& column, T otherwise) {
     return held != nullptr ? *held : otherwise;
 }
 
-constexpr std::int32_t kHiddenFlag = 8;
-
 bool isNamedByTables(const CatalogObject& object) {
     return object.parent == kTablesId || object.entry.type == static_cast<std::int16_t>(ObjectType::Table);
 }
@@ -45,6 +43,12 @@ Binary creatorOwner(const Binary& administrator) {
         id[1] ^= std::byte{0x05};
     }
     return id;
+}
+
+Value propertyValue(const Properties& properties) {
+    if (properties.owners.empty())
+        return Null{};
+    return properties.build();
 }
 
 } // namespace
@@ -129,12 +133,6 @@ Properties Catalog::properties(PageNumber definition) const {
     return stored == nullptr ? Properties{} : Properties(*stored, objectsTable_.definition().codePage);
 }
 
-Value Catalog::propertyValue(const Properties& properties) const {
-    if (properties.owners.empty())
-        return Null{};
-    return properties.build();
-}
-
 /// What the object for the database itself says; new objects belong to the same account.
 Value Catalog::owner() const {
     for (const CatalogObject& object : objects()) {
@@ -156,7 +154,7 @@ void Catalog::addTable(std::u16string_view name, PageNumber definition, const Ta
         .set(u"DateCreate", origin.created)
         .set(u"DateUpdate", origin.updated)
         .set(u"Owner", account)
-        .set(u"Flags", std::int32_t{origin.hidden ? kHiddenFlag : 0})
+        .set(u"Flags", static_cast<std::int32_t>(origin.hidden ? kHiddenFlag : 0))
         .set(u"LvProp", propertyValue(origin.properties));
     std::vector<Table::KnownKey> known;
     if (const auto index = nameIndex(objectsTable_.definition()); index && origin.nameKey)

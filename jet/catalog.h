@@ -8,7 +8,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -29,6 +28,8 @@ inline constexpr std::int32_t kRelationshipsId = 0x0F000003;
 
 /// Values of Type in the catalog.
 enum class ObjectType : std::int16_t { Table = 1, Database = 2, Container = 3, OdbcLink = 4, Query = 5, Link = 6 };
+
+inline constexpr std::uint32_t kHiddenFlag = 8; ///< of CatalogEntry::flags
 
 /// Puts together a row by column names.
 class NamedRow {
@@ -78,7 +79,6 @@ private:
     void load() const;
     Value owner() const;
     void addRights(std::int32_t id, const Value& owner);
-    Value propertyValue(const Properties& properties) const;
 
     const Pager& pager_;
     Table& objectsTable_;

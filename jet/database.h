@@ -79,7 +79,7 @@ public:
     /// Plays back a journal left by a kill, then checks header, version, encryption and password.
     /// Throws Error (NotADatabase, Encrypted, PasswordProtected, InUse, UnsupportedVersion), CorruptFile, FileError.
     static std::unique_ptr<Database> open(platform::Platform& platform, std::u16string_view path, OpenOptions options);
-    /// An empty Access 2000 database at a path where nothing is, open for writing.
+    /// An empty Access 2000 database, open for writing. Throws FileError (AlreadyExists) when something is at the path.
     static std::unique_ptr<Database> create(platform::Platform& platform, std::u16string_view path,
                                             const NewDatabase& options = {});
 
@@ -99,12 +99,12 @@ public:
     Table& table(std::u16string_view name);
     bool hasTable(std::u16string_view name) const;
 
-    Table& createTable(const NewTable& table);
+    Table& createTable(const NewTable& table); ///< Throws Error (AlreadyExists, BadName, BadDefinition, ReadOnly, …).
     /// A table by a definition that TableDefinition::addColumn put together, without indexes; pages and maps are made
     /// here, numbers of rows and autonumbers are taken over. Throws as above.
     Table& createTable(TableDefinition design, const TableOrigin& origin);
-    void addColumn(std::u16string_view table, const NewColumn& column);
-    void createIndex(std::u16string_view table, const NewIndex& index);
+    void addColumn(std::u16string_view table, const NewColumn& column); ///< rows that are there get Null, or numbers
+    void createIndex(std::u16string_view table, const NewIndex& index); ///< throws also DuplicateKey, KeyNotPossible
     /// An index whose entries are made already (jet/index_entries.h), under all the names given. Changes no date.
     void addIndex(std::u16string_view table, PhysicalIndex index, std::span<const LogicalIndex> names,
                   const IndexEntries& entries);

@@ -1,11 +1,10 @@
 #include "jet/database_copy.h"
 
-#include "jet/byte_order.h"
 #include "jet/catalog.h"
 #include "jet/index_entries.h"
 #include "jet/long_value.h"
 #include "jet/new_database_file.h"
-#include "jet/verify.h"
+#include "jet/verification.h"
 
 #include "platform/letter_case.h"
 #include "platform/utf8.h"
@@ -28,13 +27,13 @@ struct SourceTable {
 
 void requireSound(Database& source) {
     const std::vector<Fault> faults = verify(source);
-    const auto isError = [](const Fault& fault) { return fault.severity == Fault::Severity::Error; };
-    const auto first = std::ranges::find_if(faults, isError);
-    if (first != faults.end())
-        throw Error(Error::Kind::Corrupt, toUtf8(source.path()) + " is damaged (" +
-                                              std::to_string(std::ranges::count_if(faults, isError)) +
-                                              " errors, the first on page " + std::to_string(raw(first->page)) + ": " +
-                                              first->text + "); \"kelb db recover\" saves what can be read of it");
+    const Fault* first = firstError(faults);
+    if (first == nullptr)
+        return;
+    const auto errors = std::ranges::count(faults, Fault::Severity::Error, &Fault::severity);
+    throw Error(Error::Kind::Corrupt, toUtf8(source.path()) + " is damaged (" + std::to_string(errors) +
+                                          " errors, the first on page " + std::to_string(raw(first->page)) + ": " +
+                                          first->text + "); \"kelb db recover\" saves what can be read of it");
 }
 
 template <class T>
@@ -65,7 +64,6 @@ std::vector<SourceTable> userTables(Database& source, CopyObserver& observer) {
     const Column* updated = definition.findColumn(u"DateUpdate");
     const Column* properties = definition.findColumn(u"LvProp");
     const std::map<RowId, KeyBytes> keys = nameKeys(source);
-    constexpr std::uint32_t kHidden = 8;
 
     std::vector<SourceTable> tables;
     const std::vector<CatalogEntry> entries = source.catalog();
@@ -77,7 +75,7 @@ std::vector<SourceTable> userTables(Database& source, CopyObserver& observer) {
             continue;
         table.origin.created = valueOr(row, created, OleDate{});
         table.origin.updated = valueOr(row, updated, OleDate{});
-        table.origin.hidden = (table.entry.flags & kHidden) != 0;
+        table.origin.hidden = (table.entry.flags & kHiddenFlag) != 0;
         try {
             table.origin.properties = Properties(valueOr(row, properties, Binary{}), source.codePage());
         } catch (const Error& damage) {
@@ -214,6 +212,7 @@ std::string_view objectKind(const CatalogEntry& entry) {
         std::int16_t type;
         std::string_view name;
     };
+    // Those that are no ObjectType are of the user interface of Access, or serve relations.
     constexpr Kind kKinds[] = {{4, "linked table"}, {5, "query"},         {6, "linked table"},
                                {8, "relationship"}, {9, "constraint"},    {-32768, "form"},
                                {-32766, "macro"},   {-32764, "report"},   {-32761, "module"},

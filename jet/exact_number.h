@@ -24,7 +24,7 @@ struct Exact {
 /// number becomes too long.
 [[nodiscard]] bool rescale(Exact& number, int scale) noexcept;
 
-/// Without zeros behind the decimal point's last digit: 1.50 is "1.5".
+/// Without zeros at the end of the digits behind the point: 1.50 is "1.5", 2.0 is "2".
 [[nodiscard]] std::string exactText(Exact number);
 
 } // namespace kelb::jet

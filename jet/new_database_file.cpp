@@ -1,12 +1,10 @@
 #include "jet/new_database_file.h"
 
 #include "jet/journal.h"
-#include "jet/verify.h"
+#include "jet/verification.h"
 
 #include "platform/file_failures.h"
 #include "platform/utf8.h"
-
-#include <algorithm>
 
 namespace kelb::jet {
 namespace {
@@ -21,9 +19,7 @@ void removeIfThere(platform::FileSystem& files, std::u16string_view path) {
 void requireSound(platform::Platform& platform, std::u16string_view part, std::u16string_view path) {
     const auto database = Database::open(platform, part, {});
     const std::vector<Fault> faults = verify(*database);
-    const auto error =
-        std::ranges::find_if(faults, [](const Fault& fault) { return fault.severity == Fault::Severity::Error; });
-    if (error != faults.end())
+    if (const Fault* error = firstError(faults))
         throw Error(Error::Kind::Corrupt, platform::toUtf8(path) + " was not written, it would have a fault: page " +
                                               std::to_string(raw(error->page)) + ": " + error->text);
 }

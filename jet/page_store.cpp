@@ -1,7 +1,6 @@
 #include "jet/page_store.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace kelb::jet {
 

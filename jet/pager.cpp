@@ -443,7 +443,6 @@ void Pager::commit() {
                           fileError != nullptr ? fileError->systemCode() : 0,
                           std::string("changes since the last save may be lost (") + error.what() +
                               "); close the database and open it again");
-        s.transactions = 0;
         s.dropChanges();
         s.clean = {};
         std::fill(s.table.begin(), s.table.end(), nullptr); // every read now meets the failure

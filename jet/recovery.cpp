@@ -38,7 +38,7 @@ double plausiblePages(const platform::RandomAccessFile& file, std::size_t pageSi
 
 bool hasPlainCatalog(const platform::RandomAccessFile& file, std::size_t pageSize) {
     std::array<std::byte, 2> type{};
-    return file.readAt(2 * pageSize, type) == type.size() && load16(type.data()) == 0x0102;
+    return file.readAt(2 * pageSize, type) == type.size() && load16(type.data()) == kDefinitionPageType;
 }
 
 /// The header, or what the pages behind it say when it is damaged. `fault`: how it is damaged.
@@ -107,6 +107,8 @@ public:
     }
 
 private:
+    using Names = std::unordered_set<std::u16string, platform::NoCaseHash, platform::NoCaseEqual>;
+
     std::optional<TableDefinition> readDefinition(const FoundTable& table) {
         std::string fault;
         try {
@@ -136,16 +138,14 @@ private:
             makeNameGood(table, column.name, fields, u"Field", column.number);
         bool primary = false;
         for (LogicalIndex& index : table.logicalIndexes) {
-            constexpr std::uint8_t kPrimary = 1, kRelation = 2;
-            if (index.kind == kRelation)
+            if (index.kind == kForeignKeyKind)
                 continue;
             makeNameGood(table, index.name, indexes, u"Index", index.number);
-            index.kind = index.kind == kPrimary && !primary ? kPrimary : std::uint8_t{0};
-            primary = primary || index.kind == kPrimary;
+            index.kind = index.kind == kPrimaryKeyKind && !primary ? kPrimaryKeyKind : std::uint8_t{0};
+            primary = primary || index.kind == kPrimaryKeyKind;
         }
     }
 
-    using Names = std::unordered_set<std::u16string, platform::NoCaseHash, platform::NoCaseEqual>;
     void makeNameGood(const TableDefinition& table, std::u16string& name, Names& names, std::u16string_view stem,
                       std::uint32_t number) {
         if (!name.empty() && name.size() <= kMaxNameUnits && names.insert(name).second)
@@ -183,7 +183,7 @@ private:
             return target_.createTable(transfer.design(), origin);
         } catch (const Error& refusal) {
             TableDefinition renamed = transfer.design();
-            renamed.name = u"Recovered_" + platform::fromUtf8(std::to_string(raw(found.page)));
+            renamed.name = recoveredName(found.page);
             if (renamed.name == found.name)
                 throw;
             lose({Loss::Kind::Table, renamed.name, found.page, -1, u"",

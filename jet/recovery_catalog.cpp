@@ -2,6 +2,7 @@
 
 #include "jet/catalog.h"
 #include "jet/salvage_rows.h"
+#include "jet/table_definition_layout.h"
 #include "jet/text_codec.h"
 #include "jet/value_codec.h"
 
@@ -13,9 +14,6 @@
 
 namespace kelb::jet {
 namespace {
-
-constexpr std::uint32_t kHiddenFlag = 8;
-constexpr std::uint8_t kUserTable = 0x4E;
 
 /// The value of a field of the catalog, Null where it cannot be read.
 Value valueOf(Pager& pager, const TableDefinition& table, const RowView& row, std::u16string_view name) {
@@ -105,7 +103,7 @@ private:
             return;
         }
         if (!names_.insert(entry.name).second || entry.name.empty())
-            entry.name = nameByPage(static_cast<std::uint32_t>(entry.id));
+            entry.name = recoveredName(PageNumber{static_cast<std::uint32_t>(entry.id)});
         FoundTable found{entry.name, PageNumber{static_cast<std::uint32_t>(entry.id)}, {now_, now_, false, {}, {}}};
         // An id that leads to no definition may be a damaged one: its table is then one of those without a name.
         complete_ = complete_ && std::ranges::binary_search(survey_.definitions, found.page);
@@ -121,10 +119,6 @@ private:
         found_.tables.push_back(std::move(found));
     }
 
-    static std::u16string nameByPage(std::uint32_t page) {
-        return u"Recovered_" + platform::fromUtf8(std::to_string(page));
-    }
-
     void addUnnamedTables() {
         for (const PageNumber page : survey_.definitions) {
             if (named_.contains(raw(page)) || raw(page) <= raw(kRelationshipsPage) || survey_.isFree(page))
@@ -135,8 +129,8 @@ private:
                     readAvailableDefinition(pager_, page, header_.dialect, header_.codePage, fault);
                 if (table.tableType != kUserTable || (survey_.free.empty() && survey_.pagesOf(raw(page)).empty()))
                     continue; // without a map of free pages, a definition without rows may be one of long ago
-                found_.tables.push_back({nameByPage(raw(page)), page, {now_, now_, false, {}, {}}});
-                lost_({Loss::Kind::Table, nameByPage(raw(page)), page, -1, u"",
+                found_.tables.push_back({recoveredName(page), page, {now_, now_, false, {}, {}}});
+                lost_({Loss::Kind::Table, recoveredName(page), page, -1, u"",
                        "its name is lost: the catalog does not name it any more"});
             } catch (const Error&) {
                 continue; // what only looked like a definition
@@ -158,6 +152,10 @@ private:
 };
 
 } // namespace
+
+std::u16string recoveredName(PageNumber page) {
+    return u"Recovered_" + platform::fromUtf8(std::to_string(raw(page)));
+}
 
 FoundObjects findObjects(Pager& pager, const FileHeader& header, const PageSurvey& survey,
                          const TableDefinition& standard, OleDate now, const std::function<void(const Loss&)>& lost) {

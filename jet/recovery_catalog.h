@@ -23,6 +23,9 @@ struct FoundObjects {
     std::vector<CatalogEntry> others; ///< that are no user tables
 };
 
+/// "Recovered_" and the page of the definition: for tables whose name is lost.
+std::u16string recoveredName(PageNumber page);
+
 /// Tables and other objects by the catalog. When the catalog has losses itself, every definition of a user table in the
 /// file that is not free and that the catalog does not name counts as a table, too. `standard`: definition of
 /// MSysObjects in a sound Access 2000 file, for files whose own cannot be read. `now`: for dates that are lost.

@@ -7,7 +7,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <span>
 #include <vector>
 
 namespace kelb::jet {
@@ -23,7 +22,6 @@ public:
     RowId append(std::vector<StoredField> fields);
     /// Notes the number of rows and the highest autonumber in the definition.
     void finish();
-    std::uint32_t appended() const noexcept { return appended_; }
 
 private:
     Database& database_;

@@ -32,7 +32,6 @@ private:
     std::vector<PageNumber> choosePages();
     std::size_t countRows(std::span<const PageNumber> pages);
     void readPage(PageNumber page, const Take& take);
-    void readSlot(const PageRef& page, const SalvagedSlot& slot, const Take& take);
     void readMoved(RowId row, std::span<const std::byte> pointer, const Take& take);
     void readOrphans(std::span<const PageNumber> pages, const Take& take);
     void takeRecord(RowId row, const PageRef& page, std::span<const std::byte> bytes, const Take& take);

@@ -62,7 +62,7 @@ constexpr std::size_t kJet3RowCountOffset = 12, kJet3AutonumberOffset = 16;
 
 } // namespace
 
-// ---- State ----
+// State
 
 Table::State::State(std::unique_ptr<Environment> lent)
     : environment(std::move(lent)), rows(environment->pager, environment->allocator, environment->page, {}, {}) {}
@@ -117,7 +117,7 @@ void Table::State::setHeadField(std::size_t offset, std::uint32_t value) {
     store32(pager().edit(environment->page).data() + offset, value);
 }
 
-// ---- Reading ----
+// Reading
 
 Table::Table(std::unique_ptr<Environment> environment) : state_(std::make_unique<State>(std::move(environment))) {}
 Table::~Table() = default;
@@ -203,7 +203,7 @@ bool Table::read(RowId id, Row& row) const {
     return true;
 }
 
-// ---- Looking up ----
+// Looking up
 
 std::optional<std::size_t> Table::indexOn(const Column& column) const {
     const TableDefinition& table = definition();

@@ -6,8 +6,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cassert>
-#include <cstring>
 
 namespace kelb::jet {
 

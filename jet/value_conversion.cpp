@@ -90,7 +90,7 @@ struct NumberOf {
     }
 };
 
-// ---- Numbers into columns ----
+// Numbers into columns
 
 std::optional<std::int64_t> scaledInteger(const Number& number, int scale, std::int64_t low, std::int64_t high) {
     std::optional<Exact> exact = number.exact;
@@ -184,7 +184,7 @@ std::optional<Value> numberFor(const Column& column, const Number& number) {
     }
 }
 
-// ---- Texts ----
+// Texts
 
 std::u16string widen(std::string_view ascii) {
     return {ascii.begin(), ascii.end()};
@@ -292,7 +292,7 @@ struct TextOf {
     }
 };
 
-// ---- Limits ----
+// Limits
 
 std::string place(std::u16string_view table, const Column& column) {
     return "table " + platform::toUtf8(table) + ", field " + platform::toUtf8(column.name);

@@ -91,8 +91,17 @@ bool RowSet::remove(RowId row) {
     return true;
 }
 
-std::string tableLabel(const TableDefinition& table) {
-    return "table \"" + platform::toUtf8(table.name) + "\"";
+const Fault* firstError(const std::vector<Fault>& faults) noexcept {
+    const auto found = std::ranges::find(faults, Fault::Severity::Error, &Fault::severity);
+    return found == faults.end() ? nullptr : &*found;
+}
+
+std::string tableLabel(std::u16string_view name) {
+    return "table \"" + platform::toUtf8(name) + "\"";
+}
+
+std::string address(RowId row) {
+    return "page " + std::to_string(raw(row.page)) + " slot " + std::to_string(row.slot);
 }
 
 } // namespace kelb::jet

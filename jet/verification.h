@@ -76,6 +76,9 @@ private:
     std::size_t errors_ = 0, warnings_ = 0; ///< all, listed or not
 };
 
+/// The first fault that is more than a warning; null when there is none.
+const Fault* firstError(const std::vector<Fault>& faults) noexcept;
+
 /// Rows of one group of pages, which must outlive it. Takes no memory while empty, then 32 bytes for each page.
 class RowSet {
 public:
@@ -123,6 +126,11 @@ std::optional<TableDefinition> checkDefinition(Verification& verification, PageN
 /// Rows, long values and indexes of a table.
 void checkTable(Verification& verification, const TableDefinition& table);
 /// "table "x"".
-std::string tableLabel(const TableDefinition& table);
+std::string tableLabel(std::u16string_view name);
+inline std::string tableLabel(const TableDefinition& table) {
+    return tableLabel(table.name);
+}
+/// "page 12 slot 3".
+std::string address(RowId row);
 
 } // namespace kelb::jet

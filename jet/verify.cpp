@@ -12,8 +12,6 @@
 namespace kelb::jet {
 namespace {
 
-constexpr std::int16_t kTableType = 1;
-
 struct SystemTable {
     PageNumber page;
     std::u16string_view name;
@@ -43,7 +41,7 @@ std::vector<CatalogEntry> tablesOfCatalog(Verification& v) {
     std::vector<CatalogEntry> tables;
     v.guarded(kObjectsPage, "catalog", [&] {
         for (CatalogEntry& entry : v.database.catalog()) {
-            if (entry.type == kTableType)
+            if (entry.type == static_cast<std::int16_t>(ObjectType::Table))
                 tables.push_back(std::move(entry));
         }
     });
@@ -65,8 +63,7 @@ void checkRights(Verification& v, const std::vector<CatalogEntry>& tables) {
         }
         for (const CatalogEntry& table : tables) {
             if (!objects.contains(table.id))
-                v.warning(kRightsPage, "table \"" + platform::toUtf8(table.name) +
-                                           "\" should have access rights in MSysACEs, it has none");
+                v.warning(kRightsPage, tableLabel(table.name) + " should have access rights in MSysACEs, it has none");
         }
     });
 }
@@ -93,7 +90,7 @@ void checkTables(Verification& v, const std::vector<CatalogEntry>& tables) {
 void checkReadable(Verification& v, const std::vector<CatalogEntry>& tables) {
     for (const CatalogEntry& entry : tables) {
         const PageNumber page{static_cast<std::uint32_t>(entry.id)};
-        v.guarded(page, "table \"" + platform::toUtf8(entry.name) + "\"", [&] {
+        v.guarded(page, tableLabel(entry.name), [&] {
             Table& table = v.database.table(entry.name);
             Row row;
             for (TableScan scan = table.scan(); scan.next(row);) {

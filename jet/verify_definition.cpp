@@ -1,6 +1,7 @@
 #include "jet/verification.h"
 
 #include "jet/byte_order.h"
+#include "jet/table_definition_layout.h"
 #include "jet/value_codec.h"
 
 #include "platform/letter_case.h"
@@ -14,14 +15,6 @@
 namespace kelb::jet {
 namespace {
 
-constexpr std::size_t kPageHeader = 8;
-constexpr std::size_t kLengthOffset = 8;
-constexpr std::size_t kVersionOffset = 12;
-constexpr std::uint32_t kVersion = 0x659;
-constexpr std::size_t kFixedPart = 63;
-constexpr std::size_t kMaxColumns = 255;
-constexpr std::size_t kMaxIndexes = 32; // counted for physical ones: foreign keys share them
-
 std::string quoted(std::u16string_view name) {
     return "\"" + platform::toUtf8(name) + "\"";
 }
@@ -30,7 +23,7 @@ std::string quoted(std::u16string_view name) {
 class DefinitionCheck {
 public:
     DefinitionCheck(Verification& verification, PageNumber page, std::u16string_view name)
-        : v_(verification), page_(page), label_("table " + quoted(name)) {}
+        : v_(verification), page_(page), label_(tableLabel(name)) {}
 
     std::optional<TableDefinition> run(std::u16string_view name) {
         if (!claimChain())
@@ -68,7 +61,7 @@ private:
                 return false;
             const PageRef ref = v_.pager.read(page);
             const auto bytes = ref.bytes();
-            const auto own = bytes.subspan(pages_.empty() ? 0 : kPageHeader);
+            const auto own = bytes.subspan(pages_.empty() ? 0 : kDefinitionPageHeader);
             bytes_.insert(bytes_.end(), own.begin(), own.end());
             pages_.push_back(page);
             page = PageNumber{load32(&bytes[4])};
@@ -78,30 +71,31 @@ private:
 
     /// Where the parsed parts end, the final FFFF included. The definition has been read, so all of them are there.
     std::size_t end(const TableDefinition& table) const {
-        std::size_t at = kFixedPart + 12 * table.physicalIndexes.size() + 25 * table.columns.size();
+        std::size_t at = kDefinitionHeadBytes + kIndexStatisticBytes * table.physicalIndexes.size() +
+                         kColumnBytes * table.columns.size();
         const auto skipNames = [&](std::size_t count) {
             for (; count > 0; --count)
                 at += 2U + load16(&bytes_[at]);
         };
         skipNames(table.columns.size());
-        at += 52 * table.physicalIndexes.size() + 28 * table.logicalIndexes.size();
+        at += kPhysicalIndexBytes * table.physicalIndexes.size() + kLogicalIndexBytes * table.logicalIndexes.size();
         skipNames(table.logicalIndexes.size());
-        return at + 10 * table.longValueMaps.size() + 2;
+        return at + kColumnMapsBytes * table.longValueMaps.size() + sizeof kNoColumn;
     }
 
     void checkBytes(const TableDefinition& table) {
-        if (const std::uint32_t found = load32(&bytes_[kVersionOffset]); found != kVersion)
+        if (const std::uint32_t found = load32(&bytes_[kDefinitionMarkOffset]); found != kDefinitionMark)
             error("the number at byte 12 should be 1625, it is " + std::to_string(found));
         const std::size_t length = end(table);
-        if (const std::uint32_t found = load32(&bytes_[kLengthOffset]); found != length)
+        if (const std::uint32_t found = load32(&bytes_[kDefinitionLengthOffset]); found != length)
             error("the length should be " + std::to_string(length) + ", it is " + std::to_string(found));
-        std::size_t rest = length - kPageHeader;
+        std::size_t rest = length - kDefinitionPageHeader;
         for (const PageNumber page : pages_) {
-            const std::size_t part = std::min(rest, kPageSize - kPageHeader);
+            const std::size_t part = std::min(rest, kPageSize - kDefinitionPageHeader);
             rest -= part;
             // The field counts eight bytes less than there are, down to 0.
-            const std::size_t gap = kPageSize - kPageHeader - part;
-            const std::size_t free = gap > kPageHeader ? gap - kPageHeader : 0;
+            const std::size_t gap = kPageSize - kDefinitionPageHeader - part;
+            const std::size_t free = gap > kDefinitionPageHeader ? gap - kDefinitionPageHeader : 0;
             if (const std::size_t found = load16(v_.pager.read(page).data() + 2); found != free)
                 v_.warning(page, label_ + ", definition: the free bytes of the page should be " + std::to_string(free) +
                                      ", they are " + std::to_string(found));
@@ -177,6 +171,7 @@ private:
     }
 
     void checkIndexes(const TableDefinition& table) {
+        // Counted for physical ones: foreign keys share them.
         if (table.physicalIndexes.size() > kMaxIndexes)
             return unusable("a table has at most 32 indexes, not " + std::to_string(table.physicalIndexes.size()));
         for (const LogicalIndex& index : table.logicalIndexes) {

@@ -19,10 +19,6 @@ std::uint64_t fingerprint(std::span<const std::byte> key, RowId row) {
     return mixed ^ mixed >> 32;
 }
 
-std::string address(RowId row) {
-    return "page " + std::to_string(raw(row.page)) + " slot " + std::to_string(row.slot);
-}
-
 /// The key as a known program makes it that takes ß, Æ and Þ for one letter.
 KeyBytes foreignKey(const TableDefinition& table, const PhysicalIndex& index, const IndexChecks::ValueOf& valueOf) {
     KeyBytes key;

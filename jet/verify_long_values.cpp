@@ -12,10 +12,6 @@ namespace {
 
 constexpr std::size_t kPointerBytes = 4;
 
-std::string address(RowId row) {
-    return "page " + std::to_string(raw(row.page)) + " slot " + std::to_string(row.slot);
-}
-
 } // namespace
 
 LongValueCheck::LongValueCheck(Verification& verification, const TableDefinition& table)

@@ -14,7 +14,7 @@
 namespace kelb::jet {
 namespace {
 
-constexpr std::size_t kWorthTrying = 2; // a page with less room cannot even take a slot
+constexpr std::size_t kSlotBytes = 2; // a page with less room cannot even take a slot
 
 /// Decimal digits of a magnitude, words most significant first.
 unsigned digits(std::array<std::uint32_t, 4> words) {
@@ -60,7 +60,7 @@ private:
         for (const PageNumber page : readUsageMap(v_, table_.freeMap, label_ + ", pages with room")) {
             if (!v_.owns(data_.owner, page))
                 v_.error(page, label_ + ": the map of pages with room has a page that the table does not own");
-            else if (load16(v_.pager.read(page).data() + 2) < kWorthTrying)
+            else if (load16(v_.pager.read(page).data() + 2) < kSlotBytes)
                 v_.warning(page, label_ + ": the map of pages with room has a page without room");
         }
     }
@@ -91,8 +91,7 @@ private:
                                      std::to_string(pointer.size())),
                    std::nullopt;
         target_ = RowId::unpack(load32(pointer.data()));
-        const std::string leads = label_ + ": the record moved to page " + std::to_string(raw(target_.page)) +
-                                  " slot " + std::to_string(target_.slot) + ", ";
+        const std::string leads = label_ + ": the record moved to " + address(target_) + ", ";
         if (!v_.owns(data_.owner, target_.page))
             return v_.error(row, leads + "which is no page of the table"), std::nullopt;
         page = v_.pager.read(target_.page);
@@ -109,8 +108,7 @@ private:
             if (!bytes)
                 return;
             if (!pointedTo_.add(target_))
-                v_.error(row, label_ + ": two pointers lead to the moved record in page " +
-                                  std::to_string(raw(target_.page)) + " slot " + std::to_string(target_.slot));
+                v_.error(row, label_ + ": two pointers lead to the moved record in " + address(target_));
             else
                 checkRecord(row, target_.page, page, *bytes);
         });
