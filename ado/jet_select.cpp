@@ -4,26 +4,9 @@
 #include "ado/fixed_row_set.h"
 #include "ado/jet_fields.h"
 
-#include "platform/letter_case.h"
-
-#include <algorithm>
-#include <utility>
-
 namespace kelb::ado {
 
 namespace {
-
-/// ORDER BY may name a column of the table or a name given by AS.
-std::size_t orderColumn(const SelectStatement& select, const ColumnName& name, const Scope& scope) {
-    if (name.table.empty()) {
-        for (const SelectStatement::Item& item : select.items) {
-            if (!item.as.empty() && !item.count && platform::equalNoCase(item.as, name.name)) {
-                return bindColumn(item.column, scope);
-            }
-        }
-    }
-    return bindColumn(name, scope);
-}
 
 void selectAll(const jet::TableDefinition& table, std::vector<SelectedColumn>& columns) {
     for (const std::size_t column : table.displayOrder()) {
@@ -54,9 +37,7 @@ BoundSelect bindSelect(SharedDatabase& database, const SelectStatement& select) 
     if (select.where) {
         bound.where = bindCondition(*select.where, scope);
     }
-    for (const SelectStatement::Order& key : select.order) {
-        bound.order.push_back({orderColumn(select, key.column, scope), key.ascending});
-    }
+    bound.order = bindOrder(select, scope);
     bound.top = select.top;
     return bound;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ado/sql_binding.h"
 #include "jet/table.h"
 
 #include <cstddef>
@@ -10,17 +11,12 @@
 
 namespace kelb::ado {
 
-/// One key of ORDER BY.
-struct OrderKey {
-    std::size_t column; ///< position in the definition's columns
-    bool ascending = true;
-};
-
 /// Rows being put in order. The keys of a row are decoded once, when it is added; sorting moves numbers only. Null
 /// comes first, texts go by their upper-cased units, memos by their first 255 of them; rows with equal keys stay in the
 /// order in which they were added. Texts of all rows are in memory until it is destroyed.
 class RowOrder {
 public:
+    /// Columns of the keys are places in the definition's columns.
     RowOrder(std::vector<OrderKey> keys, const jet::TableDefinition& table);
 
     void add(const jet::Row& row);

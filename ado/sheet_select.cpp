@@ -3,8 +3,6 @@
 #include "ado/fixed_row_set.h"
 #include "ado/sql_evaluator.h"
 
-#include "platform/letter_case.h"
-
 #include <algorithm>
 #include <numeric>
 #include <optional>
@@ -37,11 +35,6 @@ private:
     std::vector<Value> values_;
 };
 
-struct OrderColumn {
-    std::size_t column;
-    bool ascending;
-};
-
 class SheetQuery {
 public:
     SheetQuery(const SheetTable& table, const SelectStatement& select)
@@ -49,9 +42,7 @@ public:
         if (select.where) {
             where_ = bindCondition(*select.where, scope_);
         }
-        for (const SelectStatement::Order& key : select.order) {
-            order_.push_back({orderColumn(key.column), key.ascending});
-        }
+        order_ = bindOrder(select, scope_);
     }
 
     const Scope& scope() const noexcept { return scope_; }
@@ -70,7 +61,7 @@ public:
             }
             found.push_back(row);
             std::vector<Value>& key = keys.emplace_back();
-            for (const OrderColumn& part : order_) {
+            for (const OrderKey& part : order_) {
                 key.push_back(fields.value(part.column));
             }
         }
@@ -78,14 +69,6 @@ public:
     }
 
 private:
-    /// ORDER BY may name a column of the sheet or a name given by AS.
-    std::size_t orderColumn(const ColumnName& name) const {
-        const auto named = std::find_if(select_.items.begin(), select_.items.end(), [&](const auto& item) {
-            return name.table.empty() && !item.count && !item.as.empty() && platform::equalNoCase(item.as, name.name);
-        });
-        return bindColumn(named == select_.items.end() ? name : named->column, scope_);
-    }
-
     std::vector<std::size_t> sorted(const std::vector<std::size_t>& found,
                                     const std::vector<std::vector<Value>>& keys) const {
         std::vector<std::size_t> places(found.size());
@@ -112,7 +95,7 @@ private:
     const SelectStatement& select_;
     Scope scope_;
     std::optional<BoundExpression> where_;
-    std::vector<OrderColumn> order_;
+    std::vector<OrderKey> order_;
 };
 
 } // namespace

@@ -6,7 +6,6 @@
 #include "platform/utf8.h"
 
 #include <algorithm>
-#include <string_view>
 #include <utility>
 
 namespace kelb::ado {
@@ -205,6 +204,18 @@ std::size_t bindColumn(const ColumnName& column, const Scope& scope) {
                                                    at(column.position));
     }
     return static_cast<std::size_t>(found - scope.fields.begin());
+}
+
+std::vector<OrderKey> bindOrder(const SelectStatement& select, const Scope& scope) {
+    std::vector<OrderKey> keys;
+    for (const SelectStatement::Order& key : select.order) {
+        const auto named = std::find_if(select.items.begin(), select.items.end(), [&](const auto& item) {
+            return key.column.table.empty() && !item.count && !item.as.empty() &&
+                   platform::equalNoCase(item.as, key.column.name);
+        });
+        keys.push_back({bindColumn(named == select.items.end() ? key.column : named->column, scope), key.ascending});
+    }
+    return keys;
 }
 
 } // namespace kelb::ado

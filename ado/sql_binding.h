@@ -5,7 +5,6 @@
 #include "ado/value_comparison.h"
 
 #include <cstddef>
-#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -16,6 +15,12 @@ namespace kelb::ado {
 struct Scope {
     std::u16string_view table, alias; ///< alias "" when none
     std::span<const FieldInfo> fields;
+};
+
+/// One key of ORDER BY.
+struct OrderKey {
+    std::size_t column; ///< index into Scope::fields
+    bool ascending = true;
 };
 
 /// An expression whose columns are fields of one table and whose operands go together.
@@ -39,5 +44,8 @@ struct BoundExpression {
 void requireTable(const ColumnName& column, const Scope& scope);
 /// Position in Scope::fields. Throws Error (NoSuchColumn).
 [[nodiscard]] std::size_t bindColumn(const ColumnName& column, const Scope& scope);
+/// The keys of the statement's ORDER BY, which may name a column of the table or a name given by AS. Throws Error
+/// (NoSuchColumn).
+[[nodiscard]] std::vector<OrderKey> bindOrder(const SelectStatement& select, const Scope& scope);
 
 } // namespace kelb::ado
