@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ado/provider.h"
+#include "ado/read_only_row_set.h"
 
 #include <optional>
 #include <string>
@@ -10,7 +10,7 @@
 namespace kelb::ado {
 
 /// Rows that are all in memory, for reading: COUNT(*), the list of tables.
-class FixedRowSet final : public RowSet {
+class FixedRowSet final : public ReadOnlyRowSet {
 public:
     /// Each row has a value for each field.
     FixedRowSet(std::vector<FieldInfo> fields, std::vector<std::vector<Value>> rows)
@@ -24,10 +24,6 @@ public:
     }
     Value value(std::size_t field) override { return rows_[current_][field]; }
     bool text(std::size_t field, std::u16string& out) override;
-    void insert(std::span<const FieldChange> changes) override;
-    void update(std::span<const FieldChange> changes) override;
-    void erase() override;
-    bool updatable() const override { return false; }
 
 private:
     std::vector<FieldInfo> fields_;

@@ -116,18 +116,6 @@ bool SheetRowSet::text(std::size_t field, std::u16string& out) {
     return !isNull(value);
 }
 
-void SheetRowSet::insert(std::span<const FieldChange> /*changes*/) {
-    throwSheetsAreOnlyRead();
-}
-
-void SheetRowSet::update(std::span<const FieldChange> /*changes*/) {
-    throwSheetsAreOnlyRead();
-}
-
-void SheetRowSet::erase() {
-    throwSheetsAreOnlyRead();
-}
-
 void SheetRowSet::requireUpdatable() const {
     throwSheetsAreOnlyRead();
 }

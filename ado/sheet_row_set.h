@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ado/provider.h"
+#include "ado/read_only_row_set.h"
 #include "ado/sheet_cells.h"
 
 #include <memory>
@@ -31,7 +31,7 @@ private:
 };
 
 /// Rows of a sheet, for reading.
-class SheetRowSet final : public RowSet {
+class SheetRowSet final : public ReadOnlyRowSet {
 public:
     /// `columns`: for each field the column that it shows. `members`: numbers of rows.
     SheetRowSet(std::shared_ptr<const SheetTable> table, std::vector<FieldInfo> fields,
@@ -42,10 +42,6 @@ public:
     bool seek(std::size_t member) override;
     Value value(std::size_t field) override { return row_[columns_[field]]; }
     bool text(std::size_t field, std::u16string& out) override;
-    void insert(std::span<const FieldChange> changes) override;
-    void update(std::span<const FieldChange> changes) override;
-    void erase() override;
-    bool updatable() const override { return false; }
     void requireUpdatable() const override;
 
 private:
