@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cassert>
 #include <cstring>
 
 namespace kelb::ado {
@@ -291,6 +292,7 @@ private:
 } // namespace
 
 std::string makeCompoundFile(std::u16string_view stream, std::span<const std::byte> content) {
+    assert(content.size() <= kLargestStream);
     return PlainFile(content).finish(stream, content.size());
 }
 

@@ -1,10 +1,10 @@
 #include "ado/long_texts.h"
 
 #include "ado/error.h"
+#include "ado/workbook_record.h"
 
 #include "jet/byte_order.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <utility>
@@ -23,8 +23,6 @@ constexpr char kMark = '\1'; ///< no cell that anybody typed begins so
 constexpr std::size_t kDigits = 5, kMarkSize = 1 + kDigits, kMostFilling = 3;
 constexpr std::size_t kMostTexts = std::size_t{1} << (4 * kDigits);
 
-constexpr std::uint16_t kContinue = 0x003C;
-constexpr std::size_t kHead = 4;                           ///< bytes of a record: type and length
 constexpr std::size_t kTableHead = 8;                      ///< bytes: uses of texts, texts
 constexpr unsigned kWide = 1, kSpoken = 4, kFormatted = 8; ///< flags of a text
 
@@ -37,10 +35,10 @@ constexpr unsigned kWide = 1, kSpoken = 4, kFormatted = 8; ///< flags of a text
 class TextTable {
 public:
     TextTable(std::span<std::byte> stream, std::size_t at, LongTexts& texts)
-        : stream_(stream), head_(at), at_(at + kHead + kTableHead), texts_(texts) {}
+        : stream_(stream), head_(at), at_(at + kRecordHead + kTableHead), texts_(texts) {}
 
     std::size_t run() {
-        const std::uint32_t count = load32(stream_.data() + head_ + kHead + 4);
+        const std::uint32_t count = load32(stream_.data() + head_ + kRecordHead + 4);
         for (std::uint32_t i = 0; i < count && (left() > 0 || next()); ++i) {
             readText();
         }
@@ -50,17 +48,17 @@ public:
     }
 
 private:
-    std::size_t end() const { return head_ + kHead + load16(stream_.data() + head_ + 2); }
+    std::size_t end() const { return head_ + kRecordHead + load16(stream_.data() + head_ + 2); }
     std::size_t left() const { return end() - at_; }
 
     /// To the next record; false when the table ends here.
     bool next() {
         const std::size_t head = end();
-        if (head + kHead > stream_.size() || load16(stream_.data() + head) != kContinue) {
+        if (head + kRecordHead > stream_.size() || load16(stream_.data() + head) != kContinueRecord) {
             return false;
         }
         head_ = head;
-        at_ = head + kHead;
+        at_ = head + kRecordHead;
         if (end() > stream_.size()) {
             damaged();
         }
@@ -119,26 +117,27 @@ private:
     /// the head of one that holds what follows the text in its last record.
     void replace(std::size_t head, std::size_t start) {
         constexpr std::size_t kTextHead = 3;
-        constexpr std::size_t kLeast = kHead + kTextHead + kMarkSize + kHead;
+        constexpr std::size_t kLeast = kRecordHead + kTextHead + kMarkSize + kRecordHead;
         const std::size_t room = at_ - start;
         if (room < kLeast + kMostFilling) {
             throw Error(Error::Kind::Refused, "a text of " + std::to_string(text_.size()) +
                                                   " formatted characters lies where it cannot be read; save the "
                                                   "workbook anew without its formatting");
         }
-        const std::size_t filling = (room - kLeast) % kHead;
+        const std::size_t filling = (room - kLeast) % kRecordHead;
         const std::string mark = texts_.keep(std::move(text_), filling);
         const std::size_t last = end();
-        setSize(head, start - head - kHead);
+        setSize(head, start - head - kRecordHead);
         writeHead(start, kTextHead + mark.size());
-        std::byte* const text = stream_.data() + start + kHead;
+        std::byte* const text = stream_.data() + start + kRecordHead;
         store16(text, static_cast<std::uint16_t>(mark.size()));
         store8(text + 2, 0);
         std::memcpy(text + kTextHead, mark.data(), mark.size());
-        for (std::size_t empty = start + kHead + kTextHead + mark.size(); empty + kHead < at_; empty += kHead) {
+        for (std::size_t empty = start + kRecordHead + kTextHead + mark.size(); empty + kRecordHead < at_;
+             empty += kRecordHead) {
             writeHead(empty, 0);
         }
-        head_ = at_ - kHead;
+        head_ = at_ - kRecordHead;
         writeHead(head_, last - at_);
     }
 
@@ -146,7 +145,7 @@ private:
         store16(stream_.data() + head + 2, static_cast<std::uint16_t>(size));
     }
     void writeHead(std::size_t head, std::size_t size) {
-        store16(stream_.data() + head, kContinue);
+        store16(stream_.data() + head, kContinueRecord);
         setSize(head, size);
     }
 

@@ -16,10 +16,6 @@ namespace {
 
 constexpr std::size_t kLargestFile = std::size_t{256} << 20; ///< bytes
 
-[[noreturn]] void throwUnreadable(Error::Kind kind, const std::string& reason) {
-    throw Error(kind, reason);
-}
-
 /// Files that are no .xls often bear that name all the same.
 std::string_view contentOf(std::string_view bytes) {
     std::string front(bytes.substr(0, 512));
@@ -40,9 +36,9 @@ std::string_view contentOf(std::string_view bytes) {
 }
 
 [[noreturn]] void throwNoWorkbook(std::string_view bytes) {
-    throwUnreadable(Error::Kind::Connection, bytes.empty() ? "the file is empty"
-                                                           : "it is no .xls file but " + std::string(contentOf(bytes)) +
-                                                                 "; save it as \"Excel 97-2003 workbook\" (.xls)");
+    throw Error(Error::Kind::Connection, bytes.empty() ? "the file is empty"
+                                                       : "it is no .xls file but " + std::string(contentOf(bytes)) +
+                                                             "; save it as \"Excel 97-2003 workbook\" (.xls)");
 }
 
 std::vector<std::byte> workbookStream(std::span<const std::byte> bytes) {
@@ -53,11 +49,10 @@ std::vector<std::byte> workbookStream(std::span<const std::byte> bytes) {
         }
     }
     if (container.has(u"EncryptedPackage")) {
-        throwUnreadable(Error::Kind::Connection,
-                        "it is an .xlsx file protected with a password; save it without one as "
-                        "\"Excel 97-2003 workbook\" (.xls)");
+        throw Error(Error::Kind::Connection, "it is an .xlsx file protected with a password; save it without one as "
+                                             "\"Excel 97-2003 workbook\" (.xls)");
     }
-    throwUnreadable(Error::Kind::Connection, "it is a file of another program of Microsoft's and holds no workbook");
+    throw Error(Error::Kind::Connection, "it is a file of another program of Microsoft's and holds no workbook");
 }
 
 std::string listed(const std::vector<std::u16string>& names) {
@@ -72,11 +67,11 @@ std::string listed(const std::vector<std::u16string>& names) {
 
 Workbook::Workbook(platform::FileSystem& files, std::u16string_view path) {
     if (!files.fileExists(path)) {
-        throwUnreadable(Error::Kind::Connection, "there is no such file");
+        throw Error(Error::Kind::Connection, "there is no such file");
     }
     const std::string bytes = files.readFront(path, kLargestFile + 1);
     if (bytes.size() > kLargestFile) {
-        throwUnreadable(Error::Kind::Refused, "the file is larger than " + std::to_string(kLargestFile >> 20) + " MB");
+        throw Error(Error::Kind::Refused, "the file is larger than " + std::to_string(kLargestFile >> 20) + " MB");
     }
     const auto content = std::as_bytes(std::span(bytes.data(), bytes.size()));
     if (!CompoundFile::isOne(content)) {
@@ -90,8 +85,8 @@ Workbook::Workbook(platform::FileSystem& files, std::u16string_view path) {
 SheetCells Workbook::sheet(std::u16string_view name) const {
     SheetCells cells = read(name);
     if (!cells.hasSheet()) {
-        throwUnreadable(Error::Kind::NoSuchTable, "there is no sheet \"" + platform::toUtf8(name) + "\" in it, only " +
-                                                      listed(cells.sheetNames()) + "; name one of these, or rename it");
+        throw Error(Error::Kind::NoSuchTable, "there is no sheet \"" + platform::toUtf8(name) + "\" in it, only " +
+                                                  listed(cells.sheetNames()) + "; name one of these, or rename it");
     }
     return cells;
 }

@@ -1,6 +1,7 @@
 #include "ado/workbook_stream.h"
 
 #include "ado/error.h"
+#include "ado/workbook_record.h"
 
 #include "jet/byte_order.h"
 
@@ -24,15 +25,14 @@ using jet::store32;
 using jet::store8;
 
 namespace type {
-constexpr std::uint16_t kFormula = 0x0006, kEnd = 0x000A, kPassword = 0x002F, kContinue = 0x003C, kSheet = 0x0085,
-                        kManyNumbers = 0x00BD, kTexts = 0x00FC, kTextNumber = 0x00FD, kDimensions = 0x0200,
-                        kBlank = 0x0201, kNumber = 0x0203, kText = 0x0204, kBoolean = 0x0205, kFormulaText = 0x0207,
-                        kShortNumber = 0x027E, kBegin = 0x0809;
+constexpr std::uint16_t kFormula = 0x0006, kEnd = 0x000A, kPassword = 0x002F, kSheet = 0x0085, kManyNumbers = 0x00BD,
+                        kTexts = 0x00FC, kTextNumber = 0x00FD, kDimensions = 0x0200, kBlank = 0x0201, kNumber = 0x0203,
+                        kText = 0x0204, kBoolean = 0x0205, kFormulaText = 0x0207, kShortNumber = 0x027E,
+                        kBegin = 0x0809;
 /// One that the library does not know: how a text is spoken.
 constexpr std::uint16_t kPassedOver = 0x00EF;
 } // namespace type
 
-constexpr std::size_t kHead = 4;             ///< bytes: type and length
 constexpr std::size_t kLongestRecord = 8224; ///< bytes: the library has room for no more
 constexpr std::uint16_t kExcel5 = 0x0500, kExcel97 = 0x0600;
 constexpr std::uint16_t kCells = 0x0010; ///< what a record Begin says of a sheet with cells
@@ -69,10 +69,10 @@ private:
         std::size_t at; ///< of its head
         std::uint16_t type;
         std::size_t size; ///< without the head
-        std::size_t end() const { return at + kHead + size; }
+        std::size_t end() const { return at + kRecordHead + size; }
     };
 
-    std::byte* content(const Record& record) { return stream_.data() + record.at + kHead; }
+    std::byte* content(const Record& record) { return stream_.data() + record.at + kRecordHead; }
     std::optional<Record> recordAt(std::size_t at) const;
     void begin(const Record& record);
     void end();
@@ -98,7 +98,7 @@ private:
 
 /// No value where the records end: at the end of the stream, or where zeros fill it up.
 std::optional<Walk::Record> Walk::recordAt(std::size_t at) const {
-    if (at + kHead > stream_.size()) {
+    if (at + kRecordHead > stream_.size()) {
         return std::nullopt;
     }
     const Record record{at, load16(stream_.data() + at), load16(stream_.data() + at + 2)};
@@ -287,7 +287,7 @@ void Walk::takeFormulaText(const Record& text) {
     const Record formula = *std::exchange(textFormula_, std::nullopt);
     constexpr std::size_t kCell = 6;
     const auto following = recordAt(text.end());
-    if (kCell + text.size > kLongestRecord || (following && following->type == type::kContinue)) {
+    if (kCell + text.size > kLongestRecord || (following && following->type == kContinueRecord)) {
         throw Error(Error::Kind::Refused, "a formula in row " + std::to_string(load16(content(formula)) + 1) +
                                               " results in a text of more than 4,000 characters, which cannot be read");
     }
@@ -296,7 +296,7 @@ void Walk::takeFormulaText(const Record& text) {
     setType(formula, type::kText);
     store16(stream_.data() + formula.at + 2, static_cast<std::uint16_t>(kCell + text.size));
     std::memmove(content(formula) + kCell, from, text.size);
-    passOver(formula.at + kHead + kCell + text.size, text.end());
+    passOver(formula.at + kRecordHead + kCell + text.size, text.end());
 }
 
 /// A length, in Excel 97 and later a byte of flags, then the characters.
@@ -318,12 +318,12 @@ void Walk::requireText(const Record& record, std::size_t from) {
 /// Fills the bytes with records that nobody reads.
 void Walk::passOver(std::size_t from, std::size_t to) {
     while (from < to) {
-        std::size_t step = std::min(to - from, kHead + kLongestRecord);
-        if (to - from - step > 0 && to - from - step < kHead) {
-            step -= kHead; // room for the head of the last one
+        std::size_t step = std::min(to - from, kRecordHead + kLongestRecord);
+        if (to - from - step > 0 && to - from - step < kRecordHead) {
+            step -= kRecordHead; // room for the head of the last one
         }
         store16(stream_.data() + from, type::kPassedOver);
-        store16(stream_.data() + from + 2, static_cast<std::uint16_t>(step - kHead));
+        store16(stream_.data() + from + 2, static_cast<std::uint16_t>(step - kRecordHead));
         from += step;
     }
 }
