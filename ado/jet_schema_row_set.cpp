@@ -1,6 +1,7 @@
 #include "ado/jet_schema_row_set.h"
 
 #include "ado/fixed_row_set.h"
+#include "jet/catalog.h"
 
 #include "platform/letter_case.h"
 
@@ -14,14 +15,14 @@ namespace {
 
 /// "" for objects that are no tables.
 std::u16string_view tableTypeOf(const jet::CatalogEntry& entry) noexcept {
-    constexpr int kTable = 1, kOdbcLink = 4, kQuery = 5, kLink = 6;
-    switch (entry.type) {
-    case kTable:
+    using Type = jet::ObjectType;
+    switch (static_cast<Type>(entry.type)) {
+    case Type::Table:
         return entry.isUserTable() ? u"TABLE" : u"SYSTEM TABLE";
-    case kOdbcLink:
-    case kLink:
+    case Type::OdbcLink:
+    case Type::Link:
         return u"LINK";
-    case kQuery:
+    case Type::Query:
         return u"VIEW";
     default:
         return u"";

@@ -4,7 +4,6 @@
 #include "platform/text.h"
 #include "platform/utf8.h"
 
-#include <array>
 #include <charconv>
 #include <cmath>
 #include <limits>

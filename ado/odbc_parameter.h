@@ -5,7 +5,6 @@
 
 #include <string>
 #include <variant>
-#include <vector>
 
 namespace kelb::ado {
 

@@ -104,7 +104,7 @@ public:
 
 class Environment;
 
-class Provider {
+class Provider { ///< opens connections of one kind
 public:
     virtual ~Provider() = default;
     virtual bool accepts(const ConnectionString& connection) const = 0;

@@ -3,9 +3,7 @@
 #include "jet/error.h"
 
 #include <algorithm>
-#include <array>
 #include <limits>
-#include <string_view>
 #include <utility>
 
 namespace kelb::ado {

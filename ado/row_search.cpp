@@ -3,8 +3,6 @@
 #include "ado/jet_fields.h"
 #include "ado/sql_evaluator.h"
 
-#include <functional>
-
 namespace kelb::ado {
 
 namespace {

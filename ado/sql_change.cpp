@@ -9,7 +9,6 @@
 #include "platform/utf8.h"
 
 #include <optional>
-#include <utility>
 #include <vector>
 
 namespace kelb::ado {

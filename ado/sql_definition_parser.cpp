@@ -158,7 +158,6 @@ void parseElements(TokenReader& tokens, std::vector<ColumnDefinition>& columns, 
             continue;
         }
         ColumnDefinition column;
-        column.position = tokens.peek().position;
         column.name = tokens.expectName("a column");
         parseType(tokens, column);
         while (parseColumnOption(tokens, column, indexes)) {

@@ -6,9 +6,7 @@
 #include "platform/like.h"
 
 #include <algorithm>
-#include <cmath>
 #include <limits>
-#include <utility>
 
 namespace kelb::ado {
 

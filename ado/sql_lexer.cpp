@@ -9,7 +9,6 @@
 #include <array>
 #include <charconv>
 #include <cstdint>
-#include <limits>
 
 namespace kelb::ado {
 

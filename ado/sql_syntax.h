@@ -97,7 +97,6 @@ struct InsertStatement {
 /// A column as CREATE TABLE and ALTER TABLE … ADD describe it.
 struct ColumnDefinition {
     std::u16string name;
-    std::size_t position = 0;
     std::u16string type; ///< as written
     std::size_t typePosition = 0;
     std::optional<std::size_t> size, scale; ///< varchar(255); decimal(18, 4)

@@ -3,7 +3,6 @@
 #include "ado/sql_lexer.h"
 
 #include <cstddef>
-#include <initializer_list>
 #include <string>
 #include <string_view>
 #include <vector>
