@@ -1,3 +1,5 @@
+#include "platform/path_map.h"
+#include "platform/utf8.h"
 #include "tests/cli/program_fixture.h"
 
 #include <gmock/gmock.h>
@@ -54,8 +56,8 @@ TEST_F(CleaningCommands, DedupeSourceIntoTheTrashAndBack) {
     EXPECT_EQ(real.status, 0) << real.err;
     EXPECT_EQ(real.out, "共选取记录: 4条!\n"
                         "4 已删除：文件未找到: " +
-                            at("lan") +
-                            "/none.htm\n"
+                            platform::toUtf8(platform::joinPath(platform::fromUtf8(at("lan")), u"none.htm")) +
+                            "\n"
                             "2 已删除：重复: http://bbs.one/thread-5-1-2.html\n"
                             "1 已删除：重复: http://bbs.one/thread-5-1-1.html\n"
                             "[网页内容提取] 去除重复的操作已完成！\n");
