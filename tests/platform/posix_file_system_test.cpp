@@ -2,7 +2,7 @@
 #include "platform/folder_listings.h"
 #include "platform/text.h"
 #include "platform/utf8.h"
-#include "tests/platform/temporary_folder.h"
+#include "tests/platform/system_files_fixture.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -24,28 +24,12 @@ namespace {
 namespace fs = std::filesystem;
 using Kind = FileError::Kind;
 
-class PosixFileSystem : public testing::Test {
+class PosixFileSystem : public SystemFiles {
 protected:
-    std::u16string at(std::u16string_view name) const { return joinPath(folder_.path(), name); }
-
-    void put(const std::string& name, std::string_view bytes = "") const {
-        std::ofstream(folder_.native() / name, std::ios::binary) << bytes;
-    }
-
-    static Kind kindOf(const std::function<void()>& operation) {
-        try {
-            operation();
-        } catch (const FileError& error) {
-            message_ = error.what();
-            return error.kind();
-        }
-        ADD_FAILURE() << "no error";
-        return Kind::Other;
-    }
-
-    static inline std::string message_; ///< of the last error that kindOf saw
-    TemporaryFolder folder_;
-    std::unique_ptr<FileSystem> files_ = makeSystemFileSystem({{{u"D", folder_.path()}}, {}});
+    PosixFileSystem()
+        : SystemFiles([](const TemporaryFolder& folder) {
+              return PathMap{{{u"D", folder.path()}}, {}};
+          }) {}
 };
 
 TEST_F(PosixFileSystem, AWindowsPathReachesTheMappedFolder) {

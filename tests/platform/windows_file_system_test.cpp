@@ -2,7 +2,7 @@
 #include "platform/text.h"
 #include "platform/utf8.h"
 #include "platform/windows_headers.h"
-#include "tests/platform/temporary_folder.h"
+#include "tests/platform/system_files_fixture.h"
 #include "tests/platform/under_wine.h"
 
 #include <gmock/gmock.h>
@@ -34,29 +34,7 @@ private:
     HANDLE handle_;
 };
 
-class WindowsFileSystem : public testing::Test {
-protected:
-    std::u16string at(std::u16string_view name) const { return joinPath(folder_.path(), name); }
-
-    void put(const fs::path& name, std::string_view bytes = "") const {
-        std::ofstream(folder_.native() / name, std::ios::binary) << bytes;
-    }
-
-    static Kind kindOf(const std::function<void()>& operation) {
-        try {
-            operation();
-        } catch (const FileError& error) {
-            message_ = error.what();
-            return error.kind();
-        }
-        ADD_FAILURE() << "no error";
-        return Kind::Other;
-    }
-
-    static inline std::string message_; ///< of the last error that kindOf saw
-    TemporaryFolder folder_;
-    std::unique_ptr<FileSystem> files_ = makeSystemFileSystem({});
-};
+class WindowsFileSystem : public SystemFiles {};
 
 TEST_F(WindowsFileSystem, BothSeparatorsAndAnyCaseLeadToAFile) {
     fs::create_directories(folder_.native() / L"Kelb Folder" / L"子");
