@@ -40,7 +40,6 @@ Error::Kind kindOf(Jet kind) noexcept {
         return Error::Kind::RowDeleted;
     case Jet::Corrupt:
         return Error::Kind::Damaged;
-    case Jet::NoSuchIndex:
     case Jet::AlreadyExists:
     case Jet::BadName:
     case Jet::BadDefinition:

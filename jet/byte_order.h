@@ -30,10 +30,6 @@ inline void store16(std::byte* p, std::uint16_t v) noexcept {
     store8(p, static_cast<std::uint8_t>(v & 0xFF));
     store8(p + 1, static_cast<std::uint8_t>(v >> 8));
 }
-inline void store24(std::byte* p, std::uint32_t v) noexcept {
-    store16(p, static_cast<std::uint16_t>(v & 0xFFFF));
-    store8(p + 2, static_cast<std::uint8_t>(v >> 16 & 0xFF));
-}
 inline void store32(std::byte* p, std::uint32_t v) noexcept {
     store16(p, static_cast<std::uint16_t>(v & 0xFFFF));
     store16(p + 2, static_cast<std::uint16_t>(v >> 16));
@@ -51,10 +47,6 @@ inline std::uint32_t loadBig32(const std::byte* p) noexcept {
 inline void storeBig16(std::byte* p, std::uint16_t v) noexcept {
     store8(p, static_cast<std::uint8_t>(v >> 8));
     store8(p + 1, static_cast<std::uint8_t>(v & 0xFF));
-}
-inline void storeBig24(std::byte* p, std::uint32_t v) noexcept {
-    store8(p, static_cast<std::uint8_t>(v >> 16 & 0xFF));
-    storeBig16(p + 1, static_cast<std::uint16_t>(v & 0xFFFF));
 }
 inline void storeBig32(std::byte* p, std::uint32_t v) noexcept {
     storeBig16(p, static_cast<std::uint16_t>(v >> 16));

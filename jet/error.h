@@ -21,7 +21,6 @@ public:
         ReadOnly, ///< a change was asked of a database that is not open for writing
         NoSuchTable,
         NoSuchColumn,
-        NoSuchIndex,
         AlreadyExists, ///< table, column or index of that name
         BadName,
         BadDefinition,

@@ -329,10 +329,6 @@ void IndexPageContent::setKey(std::size_t index, std::span<const std::byte> key)
     insertChild(index, key, page);
 }
 
-void IndexPageContent::setChild(std::size_t index, PageNumber child) noexcept {
-    storeBig32(bytes_.data() + ends_[index] - kChildBytes, raw(child));
-}
-
 void IndexPageContent::erase(std::size_t index) {
     const std::size_t from = begin(index), until = ends_[index];
     bytes_.erase(bytes_.begin() + static_cast<std::ptrdiff_t>(from),

@@ -124,7 +124,6 @@ public:
     void insert(std::size_t index, std::span<const std::byte> entry);
     void insertChild(std::size_t index, std::span<const std::byte> key, PageNumber child);
     void setKey(std::size_t index, std::span<const std::byte> key);
-    void setChild(std::size_t index, PageNumber child) noexcept;
     void erase(std::size_t index);
     void clear() noexcept;
     /// Entries [first, last) with the page's kind, level and prefix rule; no links.
