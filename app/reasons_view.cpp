@@ -4,6 +4,7 @@
 #include "app/reasons_chart.h"
 #include "app/summary_text.h"
 #include "app/texts.h"
+#include "jobs/run_report.h"
 
 #include <QAbstractTableModel>
 #include <QComboBox>
@@ -116,10 +117,7 @@ ReasonsView::~ReasonsView() = default;
 void ReasonsView::show(jobs::JobSummary summary, const QString& text) {
     model_->show(nullptr);
     summary_ = std::move(summary);
-    std::stable_sort(summary_.groups.begin(), summary_.groups.end(),
-                     [](const jobs::RowGroup& a, const jobs::RowGroup& b) {
-                         return a.fate != b.fate ? a.fate < b.fate : a.count > b.count;
-                     });
+    std::stable_sort(summary_.groups.begin(), summary_.groups.end(), jobs::shownBefore);
     text_->setText(text);
     chart_->show(summary_.groups);
     const QSignalBlocker once(bar_);

@@ -9,10 +9,8 @@
 #include "app/job_contexts.h"
 #include "app/results_browser.h"
 #include "app/user_dialogs.h"
+#include "bench/real_system.h"
 #include "jet/database.h"
-#include "platform/clock.h"
-#include "platform/file_system.h"
-#include "platform/random.h"
 #include "platform/text.h"
 
 #include <QApplication>
@@ -26,7 +24,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <exception>
 
 namespace {
 
@@ -35,15 +32,8 @@ using namespace kelb;
 constexpr int kPlaces = 200;
 constexpr std::size_t kBodyCharacters = 400;
 
-struct Machine {
-    std::unique_ptr<platform::FileSystem> files = platform::makeSystemFileSystem({});
-    platform::SystemClock clock;
-    platform::SystemRandom random;
-    platform::Platform platform{*files, clock, random, u"."};
-};
-
 void make(const std::u16string& path, long long count) {
-    Machine machine;
+    bench::RealSystem machine;
     jet::Database::create(machine.platform, path)->commit();
     ado::Environment environment(machine.platform, {});
     ado::Connection connection(environment);
@@ -69,7 +59,7 @@ double seconds(const QElapsedTimer& timer) {
 }
 
 void look(const std::u16string& path) {
-    Machine machine;
+    bench::RealSystem machine;
     const jobs::Configuration configuration;
     app::JobContexts contexts(machine.platform, configuration);
     const std::unique_ptr<app::UserDialogs> dialogs = app::makeUserDialogs();
@@ -117,7 +107,7 @@ void look(const std::u16string& path) {
 int main(int count, char** arguments) {
     const QApplication application(count, arguments);
     const QStringList given = QApplication::arguments();
-    try {
+    return bench::runOrExplain("results_bench", [&given] {
         if (given.size() == 4 && given[1] == "make") {
             make(given[2].toStdU16String(), given[3].toLongLong());
             return EXIT_SUCCESS;
@@ -126,10 +116,7 @@ int main(int count, char** arguments) {
             look(given[2].toStdU16String());
             return EXIT_SUCCESS;
         }
-    } catch (const std::exception& failure) {
-        std::fprintf(stderr, "%s\n", failure.what());
-        return EXIT_FAILURE;
-    }
-    std::fprintf(stderr, "usage: results_bench make FILE ROWS | look FILE\n");
-    return 2;
+        std::fprintf(stderr, "usage: results_bench make FILE ROWS | look FILE\n");
+        return 2;
+    });
 }

@@ -81,10 +81,9 @@ private:
     }
 
     void fail(const std::u16string& path, const PageLocation& location, std::u16string_view title) {
-        if (!pages_.isNotice(page_)) {
-            rejectPage(
-                {.reason = pages_.failure(page_, title, reason_), .url = url_, .detail = reason_, .shown = page_},
-                summary_, host_);
+        const std::string_view why = pages_.failure(page_, title, reason_);
+        if (why != kNoticePage) {
+            rejectPage({.reason = why, .url = url_, .detail = reason_, .shown = page_}, summary_, host_);
             return;
         }
         deleteNotice({threads_, source_, sourcePath_, path, location.lanFolder}, *disposal_, summary_);

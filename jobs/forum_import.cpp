@@ -155,9 +155,9 @@ private:
     }
 
     void fail(const std::u16string& path, const PageLocation& location) {
-        rejectPage({.reason = pages_.failure(page_, title_, reason_), .url = url_, .detail = reason_, .shown = reason_},
-                   summary_, host_);
-        if (pages_.isNotice(page_)) {
+        const std::string_view why = pages_.failure(page_, title_, reason_);
+        rejectPage({.reason = why, .url = url_, .detail = reason_, .shown = reason_}, summary_, host_);
+        if (why == kNoticePage) {
             deleteNotice({threads_, source_, sourcePath_, path, location.lanFolder}, *disposal_, summary_);
         }
     }

@@ -21,12 +21,13 @@ public:
     std::u16string title(std::u16string_view page, std::u16string& reason) const;
     /// Throws platform::FileError when "ADMarks.txt" is missing: it is read for the first page.
     std::u16string content(std::u16string_view page, std::u16string& reason, extract::ThreadPage which);
-    /// The board's message page: the thread was deleted or is hidden. None is one without [Forum] boardName.
-    bool isNotice(std::u16string_view page) const;
-    /// Why a page gave no article, as row_reasons.h names it. `reason`: what title() and content() added to it.
+    /// Why a page gave no article, as row_reasons.h names it. `reason`: what title() and content() added to it. The
+    /// board's message page (kNoticePage: the thread was deleted or is hidden) is known by [Forum] boardName alone.
     std::string_view failure(std::u16string_view page, std::u16string_view title, std::u16string_view reason) const;
 
 private:
+    bool isNotice(std::u16string_view page) const;
+
     Context& context_;
     const extract::UserNames noNames_; ///< no step of the forum jobs draws a name, so the list is not read
     std::optional<extract::Cls4Discuz> extractor_;

@@ -1,21 +1,13 @@
 #include "jobs/job_summary.h"
 
 #include "jobs/row_text.h"
+#include "platform/number_text.h"
 #include "platform/utf8.h"
 
 #include <algorithm>
-#include <array>
-#include <charconv>
 
 namespace kelb::jobs {
 namespace {
-
-std::string withThreeDigits(double seconds) {
-    std::array<char, 64> digits{};
-    const auto end =
-        std::to_chars(digits.data(), digits.data() + digits.size(), seconds, std::chars_format::fixed, 3).ptr;
-    return {digits.data(), end};
-}
 
 /// Members of one JSON object.
 class ObjectText {
@@ -95,7 +87,7 @@ std::string toJson(const JobSummary& summary) {
     object.add("deletedRows", summary.deletedRows);
     object.add("deletedFiles", summary.deletedFiles);
     object.add("overflowFiles", summary.overflowFiles);
-    object.add("seconds", withThreeDigits(summary.seconds));
+    object.add("seconds", platform::fixedText(summary.seconds, 3));
     addReasons(summary, RowFate::Skipped, "skippedBecause", object);
     addReasons(summary, RowFate::Failed, "failedBecause", object);
     for (const auto& [name, count] : summary.counts) {

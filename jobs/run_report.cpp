@@ -1,11 +1,11 @@
 #include "jobs/run_report.h"
 
 #include "jobs/row_reasons.h"
+#include "platform/number_text.h"
 #include "platform/utf8.h"
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 
 namespace kelb::jobs {
 namespace {
@@ -68,13 +68,6 @@ std::string escaped(std::u16string_view text) {
     return escaped(platform::toUtf8(text));
 }
 
-std::string fixed(double number, int digits) {
-    std::array<char, 64> text{};
-    const auto end =
-        std::to_chars(text.data(), text.data() + text.size(), number, std::chars_format::fixed, digits).ptr;
-    return {text.data(), end};
-}
-
 class Page {
 public:
     explicit Page(const JobSummary& summary) : summary_(summary) {}
@@ -134,14 +127,14 @@ private:
         for (const auto& [name, number] : summary_.counts) {
             addFigure(number, name);
         }
-        html_ += "<li><b>" + fixed(summary_.seconds, summary_.seconds < 10 ? 2 : 0) + "</b>seconds</li>\n</ul>\n";
+        html_ += "<li><b>" + platform::fixedText(summary_.seconds, summary_.seconds < 10 ? 2 : 0) +
+                 "</b>seconds</li>\n</ul>\n";
     }
 
     void addFigure(std::size_t number, std::string_view name) {
         html_ += "<li><b>" + std::to_string(number) + "</b>" + escaped(name) + "</li>\n";
     }
 
-    /// Saved, passed over, rejected; within each the largest first.
     void addGroups() {
         std::vector<const RowGroup*> groups;
         std::size_t most = 1;
@@ -149,9 +142,8 @@ private:
             groups.push_back(&group);
             most = std::max(most, group.count);
         }
-        std::stable_sort(groups.begin(), groups.end(), [](const RowGroup* a, const RowGroup* b) {
-            return a->fate != b->fate ? a->fate < b->fate : a->count > b->count;
-        });
+        std::stable_sort(groups.begin(), groups.end(),
+                         [](const RowGroup* a, const RowGroup* b) { return shownBefore(*a, *b); });
         for (const RowGroup* group : groups) {
             addGroup(*group, most);
         }
@@ -165,7 +157,7 @@ private:
             html_ += ": " + escaped(meaningOf(group.reason)) + " <small>" + escaped(group.reason) + "</small>";
         }
         html_ += "</span><span class=\"n\">" + std::to_string(group.count) + "</span><span><span class=\"bar " +
-                 std::string(fate.style) + "\" style=\"width:" + fixed(percent, 1) +
+                 std::string(fate.style) + "\" style=\"width:" + platform::fixedText(percent, 1) +
                  "%\"></span></span></summary>\n<table>\n";
         std::size_t number = 0;
         for (const VisitedRow& row : group.rows) {
@@ -198,6 +190,10 @@ private:
 };
 
 } // namespace
+
+bool shownBefore(const RowGroup& a, const RowGroup& b) noexcept {
+    return a.fate != b.fate ? a.fate < b.fate : a.count > b.count;
+}
 
 std::string reportPage(const JobSummary& summary, const RunCircumstances& run) {
     return Page(summary).make(run);

@@ -14,11 +14,11 @@ namespace {
 std::u16string conditionFor(const RowName& name) {
     std::u16string condition;
     if (name.id) {
-        condition = u"id=" + platform::fromUtf8(std::to_string(*name.id));
+        condition = u"id=" + platform::number(*name.id);
     }
     if (!name.url.empty()) {
         condition += condition.empty() ? u"url='" : u" and url='";
-        condition += platform::replaceAll(name.url, u"'", u"''") + u"'";
+        condition += platform::quoted(name.url) + u"'";
     }
     return condition;
 }

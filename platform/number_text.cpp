@@ -3,6 +3,7 @@
 #include "platform/text.h"
 #include "platform/utf8.h"
 
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <string>
@@ -23,6 +24,13 @@ std::optional<double> parseNumber(std::u16string_view text) {
         return std::nullopt;
     }
     return number;
+}
+
+std::string fixedText(double number, int digits) {
+    std::array<char, 400> text{}; // the largest number has 309 digits before the point
+    const auto end =
+        std::to_chars(text.data(), text.data() + text.size(), number, std::chars_format::fixed, digits).ptr;
+    return {text.data(), end};
 }
 
 } // namespace kelb::platform

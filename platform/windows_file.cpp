@@ -1,6 +1,7 @@
 #include "platform/windows_file.h"
 
 #include "platform/windows_failures.h"
+#include "platform/windows_path.h"
 
 #include <algorithm>
 #include <array>
@@ -25,11 +26,6 @@ OVERLAPPED at(std::uint64_t offset) noexcept {
 }
 
 constexpr std::uint64_t kEnd = 0xFFFF'FFFF'FFFF'FFFF; ///< as an offset: behind the last byte
-
-bool isFolder(const std::wstring& unlimitedPath) noexcept {
-    const DWORD attributes = GetFileAttributesW(unlimitedPath.c_str());
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-}
 
 class WindowsFile final : public RandomAccessFile {
 public:

@@ -120,13 +120,8 @@ std::optional<DWORD> attributesOf(std::u16string_view path) {
     return attributes;
 }
 
-bool isFolder(DWORD attributes) noexcept {
+bool isFolderBits(DWORD attributes) noexcept {
     return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-}
-
-bool isFolder(const std::wstring& native) noexcept {
-    const DWORD attributes = GetFileAttributesW(native.c_str());
-    return attributes != INVALID_FILE_ATTRIBUTES && isFolder(attributes);
 }
 
 /// Repeats a removal or renaming that is refused at first: virus scanners and indexers hold a new file for moments.
@@ -183,17 +178,17 @@ void flushFolder(std::string_view operation, std::u16string_view path, const std
 
 bool WindowsFileSystem::fileExists(std::u16string_view path) {
     const auto attributes = attributesOf(path);
-    return attributes && !isFolder(*attributes);
+    return attributes && !isFolderBits(*attributes);
 }
 
 bool WindowsFileSystem::folderExists(std::u16string_view path) {
     const auto attributes = attributesOf(path);
-    return attributes && isFolder(*attributes);
+    return attributes && isFolderBits(*attributes);
 }
 
 bool WindowsFileSystem::isWritable(std::u16string_view path) {
     const auto attributes = attributesOf(path);
-    if (!attributes || isFolder(*attributes) || (*attributes & FILE_ATTRIBUTE_READONLY) != 0) {
+    if (!attributes || isFolderBits(*attributes) || (*attributes & FILE_ATTRIBUTE_READONLY) != 0) {
         return false;
     }
     const HANDLE probe = CreateFileW(place("look for", path).c_str(), GENERIC_WRITE, kShareAll, nullptr, OPEN_EXISTING,
@@ -237,7 +232,7 @@ std::vector<std::u16string> WindowsFileSystem::list(std::u16string_view folder, 
     std::vector<std::u16string> names;
     do {
         const std::wstring_view name = entry.cFileName;
-        if (isFolder(entry.dwFileAttributes) == (wanted == Entry::Folder) && name != L"." && name != L"..") {
+        if (isFolderBits(entry.dwFileAttributes) == (wanted == Entry::Folder) && name != L"." && name != L"..") {
             names.push_back(fromWide(name));
         }
     } while (FindNextFileW(search, &entry) != 0);

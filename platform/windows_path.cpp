@@ -67,4 +67,9 @@ std::optional<wchar_t> missingDrive(const std::wstring& path) {
     return GetDriveTypeW(root.c_str()) == DRIVE_NO_ROOT_DIR ? std::optional(plain.front()) : std::nullopt;
 }
 
+bool isFolder(const std::wstring& unlimitedPath) noexcept {
+    const DWORD attributes = GetFileAttributesW(unlimitedPath.c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
 } // namespace kelb::platform

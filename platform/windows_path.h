@@ -20,4 +20,7 @@ namespace kelb::platform {
 /// The letter of a full or unlimited path's drive when this machine has no such drive now.
 [[nodiscard]] std::optional<wchar_t> missingDrive(const std::wstring& path);
 
+/// False also when nothing is there.
+[[nodiscard]] bool isFolder(const std::wstring& unlimitedPath) noexcept;
+
 } // namespace kelb::platform

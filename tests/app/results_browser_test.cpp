@@ -81,11 +81,7 @@ protected:
     void showTab(const char* name) { find<QTabWidget>("SSTab1").setCurrentWidget(&find<QWidget>(name)); }
     template <typename Widget>
     Widget& find(const char* name) {
-        auto* found = form->findChild<Widget*>(QLatin1String(name));
-        if (found == nullptr) {
-            throw std::runtime_error(std::string("no ") + name);
-        }
-        return *found;
+        return findIn<Widget>(*form, name);
     }
     QTableView& list() { return find<QTableView>("ResultsList"); }
     std::string cell(int line, int column) {

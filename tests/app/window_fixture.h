@@ -92,6 +92,16 @@ public:
     double seconds = 100;
 };
 
+/// The widget of that name in a window.
+template <typename Widget>
+Widget& findIn(const QWidget& window, const char* name) {
+    auto* found = window.findChild<Widget*>(QLatin1String(name));
+    if (found == nullptr) {
+        throw std::runtime_error(std::string("no ") + name);
+    }
+    return *found;
+}
+
 /// The main window with jobs of the test's own, files in memory and settings in a temporary file.
 class WindowFixture : public testing::Test {
 protected:
@@ -121,11 +131,7 @@ protected:
 
     template <typename Widget>
     Widget& find(const char* name) {
-        auto* found = form->findChild<Widget*>(QLatin1String(name));
-        if (found == nullptr) {
-            throw std::runtime_error(std::string("no ") + name);
-        }
-        return *found;
+        return findIn<Widget>(*form, name);
     }
     void click(const char* button) {
         auto& widget = find<QAbstractButton>(button);
